@@ -1,0 +1,17 @@
+# SPDX-License-Identifier: MIT
+# kovasmgr_add_adapter(<target> DIRECTORY <name> SOURCES <file>... [LIBRARIES <library>...])
+#
+# Builds an adapter: a module called libOSAdapt.so, alone in <build>/adapters/<name>, linked to
+# libKOVASMgr for its log lines.
+function(kovasmgr_add_adapter target)
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" "DIRECTORY" "SOURCES;LIBRARIES")
+  add_library(${target} MODULE ${arg_SOURCES})
+  set_target_properties(${target} PROPERTIES
+    OUTPUT_NAME OSAdapt
+    LIBRARY_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/adapters/${arg_DIRECTORY}")
+  target_link_libraries(${target} PRIVATE kovasmgr_build_settings KOVASMgr::KOVASMgr ${arg_LIBRARIES})
+  if(NOT APPLE)
+    # Archives linked in keep their symbols to themselves.
+    target_link_options(${target} PRIVATE -Wl,-Bsymbolic-functions -Wl,--exclude-libs,ALL)
+  endif()
+endfunction()

@@ -1,0 +1,59 @@
+/* SPDX-License-Identifier: MIT */
+/* Lists the devices, opens the first port, sends a line and shows what comes back. */
+#include <KOVASMgr.h>
+
+#include <stdio.h>
+#include <stdlib.h>
+#include <string.h>
+#include <unistd.h>
+
+static void OnData(void* data, int length) /* on the read thread */
+{
+    fwrite(data, 1, (size_t)length, stdout);
+    fflush(stdout);
+}
+
+static void OnDevices(_KOVAMGR_DEV_STATE_TYPE_ state) /* on the adapter's thread */
+{
+    puts(state == KOVAMGR_DEVICE_INSERT ? "a device was inserted" : "a device was pulled out");
+}
+
+/* Returns the first port's identifier, or -1. */
+static int ListPorts(void) {
+    int first = -1;
+    _KOVAMGR_DEVICEINFOLIST* list = malloc(sizeof(*list)); /* 280 KiB: not for the stack */
+    if (list == NULL || KOVAMGR_EnumeratePortInfo(list) != KOVAMGR_OK) {
+        free(list);
+        return -1;
+    }
+    for (uint32_t d = 0; d < list->nDeviceCount && d < KOVAMGR_MAX_DEVICES; ++d) {
+        const _KOVAMGR_DEVICEINFO* device = &list->stDevice[d];
+        printf("%s (%s)\n", device->szDeviceName, device->szDeviceText);
+        for (uint32_t p = 0; p < device->nPortCount; ++p) {
+            printf("  %d: %s\n", (int)device->stPort[p].nPortID, device->stPort[p].szPortName);
+            first = first < 0 ? device->stPort[p].nPortID : first;
+        }
+    }
+    free(list);
+    return first;
+}
+
+int main(int argc, char** argv) {
+    const char* text = argc > 1 ? argv[1] : "ATI\r";
+    long reason = 0;
+    int result = KOVAMGR_Init("."); /* KOVASMgr.log goes here, libOSAdapt.so is loaded from here */
+    if (result != KOVAMGR_OK) {
+        fprintf(stderr, "quick_start: no adapter (%d), see KOVASMgr.log\n", result);
+        return 1;
+    }
+    int port = ListPorts();
+    KOVAMGR_RegisterDeviceStateProcessCallback(OnDevices);
+    KOVAMGR_RegisterCommDataReadCallback(OnData, port);
+    result = port < 0 ? KOVAMGR_ERR_PARAM : KOVAMGR_Open(port);
+    if (result == KOVAMGR_OK &&
+        KOVAMGR_Write(port, text, (long)strlen(text), 0, &reason) == (int)strlen(text)) {
+        sleep(1); /* the answer arrives through OnData */
+    }
+    KOVAMGR_Release();
+    return result == KOVAMGR_OK && reason == 0 ? 0 : 1;
+}

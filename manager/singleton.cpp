@@ -1,0 +1,45 @@
+// SPDX-License-Identifier: MIT
+#include <dlfcn.h>
+
+#include "common/never_destroyed.h"
+#include "manager/notification_gate.h"
+#include "manager/port_manager.h"
+
+namespace {
+
+CKOVASMgrPort* s_pInstance = nullptr;
+
+// The managers that could not be stopped: what they own stays reachable.
+NeverDestroyed<std::vector<CKOVASMgrPort*>> s_Abandoned;
+
+// The thread of an abandoned manager may still return into our code, so it must not be unmapped.
+void KeepLibraryLoaded() {
+    Dl_info info{};
+    if (dladdr(&s_pInstance, &info) != 0 && info.dli_fname != nullptr) {
+        dlopen(info.dli_fname, RTLD_NOW | RTLD_NOLOAD | RTLD_NODELETE);
+    }
+}
+
+} // namespace
+
+CKOVASMgrPort* CKOVASMgrPort::GetInstance() {
+    if (s_pInstance == nullptr) {
+        s_pInstance = new CKOVASMgrPort;
+        NotificationGate::Get().Open(s_pInstance);
+    }
+    return s_pInstance;
+}
+
+void CKOVASMgrPort::ReleaseInstance() {
+    if (s_pInstance == nullptr) {
+        return;
+    }
+    s_pInstance->Release();
+    if (s_pInstance->m_bAbandoned) {
+        KeepLibraryLoaded();
+        s_Abandoned->push_back(s_pInstance);
+    } else {
+        delete s_pInstance;
+    }
+    s_pInstance = nullptr;
+}

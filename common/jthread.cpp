@@ -25,9 +25,7 @@ class JThread::RunningScope {
     JThread& m_Thread;
 };
 
-JThread::JThread()
-    : m_StateMutex(), m_StateChanged(), m_Handle(), m_bJoinable(false), m_bStarted(false),
-      m_bRunning(false) {
+JThread::JThread() : m_Handle(), m_bJoinable(false), m_bStarted(false), m_bRunning(false) {
     m_StateMutex.Init();
 }
 

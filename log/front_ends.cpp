@@ -66,14 +66,13 @@ int KOVASMGR_LOG_INIT(const char* dir) {
     if (dir == nullptr) {
         return INIT_LOG("KOVASMgr.log", false);
     }
-    char path[4500] = {};
     const size_t length = std::strlen(dir);
     const bool isSeparated = length > 0 && (dir[length - 1] == '\\' || dir[length - 1] == '/');
     const char* fileName = isSeparated ? "KOVASMgr.log" : "/KOVASMgr.log";
+    char path[4500] = {};
     if (length + std::strlen(fileName) >= sizeof(path)) {
         return 0;
     }
-    std::memcpy(path, dir, length);
-    std::strcpy(path + length, fileName);
+    std::snprintf(path, sizeof(path), "%s%s", dir, fileName);
     return INIT_LOG(path, true);
 }

@@ -16,12 +16,14 @@ class SecondText {
     SecondText() { m_Mutex.Init(); }
 
     /// Writes "2026-01-31 23:59:59" and its terminator to out.
-    void CopyTo(char* out, time_t second) {
+    /// @return where the terminator stands
+    char* CopyTo(char* out, time_t second) {
         JMutexGuard lock(m_Mutex);
-        if (second != m_Second || m_szText[0] == '\0') {
+        if (second != m_Second || m_nLength == 0) {
             Convert(second);
         }
-        std::strcpy(out, m_szText);
+        std::memcpy(out, m_szText, m_nLength + 1);
+        return out + m_nLength;
     }
 
   private:
@@ -29,15 +31,17 @@ class SecondText {
         tm fields{};
         tzset(); // follows a time zone that the host changes
         localtime_r(&second, &fields);
-        std::snprintf(m_szText, sizeof(m_szText), "%04d-%02d-%02d %02d:%02d:%02d",
-                      fields.tm_year + 1900, fields.tm_mon + 1, fields.tm_mday, fields.tm_hour,
-                      fields.tm_min, fields.tm_sec);
+        const int length = std::snprintf(
+            m_szText, sizeof(m_szText), "%04d-%02d-%02d %02d:%02d:%02d", fields.tm_year + 1900,
+            fields.tm_mon + 1, fields.tm_mday, fields.tm_hour, fields.tm_min, fields.tm_sec);
+        m_nLength = static_cast<size_t>(length);
         m_Second = second;
     }
 
     JMutex m_Mutex;
     time_t m_Second KOVASMGR_GUARDED_BY(m_Mutex) = 0;
-    char m_szText[80] KOVASMGR_GUARDED_BY(m_Mutex) = {};
+    size_t m_nLength KOVASMGR_GUARDED_BY(m_Mutex) = 0;
+    char m_szText[80] KOVASMGR_GUARDED_BY(m_Mutex) = {}; // room for any int in every field
 };
 
 NeverDestroyed<SecondText> s_SecondText;
@@ -50,6 +54,6 @@ void PelMgr_GetCurrentTime(char* out, const char* format) {
     }
     timespec now{};
     clock_gettime(CLOCK_REALTIME, &now);
-    s_SecondText->CopyTo(out, now.tv_sec);
-    std::sprintf(out + std::strlen(out), ":%03d", static_cast<int>(now.tv_nsec / 1000000));
+    char* const end = s_SecondText->CopyTo(out, now.tv_sec);
+    std::snprintf(end, 5, ":%03d", static_cast<int>(now.tv_nsec / 1000000));
 }

@@ -2,7 +2,6 @@
 #include "KOVASMgrWriteLog.h"
 
 #include <cstdlib>
-#include <cstring>
 
 #include "KOVASMgrLog.h"
 #include "KOVASMgrPaths.h"
@@ -48,9 +47,7 @@ std::string ChmodCommand(const std::string& path) {
 
 } // namespace
 
-CWRITE_LOG::CWRITE_LOG() : m_strLogPath(), m_strOpenMode(), m_pFile(nullptr), m_Mutex() {
-    m_Mutex.Init();
-}
+CWRITE_LOG::CWRITE_LOG() : m_pFile(nullptr) { m_Mutex.Init(); }
 
 CWRITE_LOG::~CWRITE_LOG() { Close(); }
 
@@ -98,13 +95,12 @@ int CWRITE_LOG::PrintLog(LOG_LEVEL level, const char* text) {
     if (text == nullptr || m_pFile == nullptr) {
         return 0;
     }
-    char prefix[64] = "[";
-    PelMgr_GetCurrentTime(prefix + 1, nullptr);
-    std::strcat(prefix, "] ");
-    std::strcat(prefix, LevelName(level));
-    std::fputs(prefix, m_pFile);
-    std::fputs(text, m_pFile);
-    std::fputc('\n', m_pFile);
+    char stamp[4500] = {};
+    PelMgr_GetCurrentTime(stamp, nullptr);
+    for (const char* piece :
+         {"[", static_cast<const char*>(stamp), "] ", LevelName(level), text, "\n"}) {
+        std::fputs(piece, m_pFile);
+    }
     std::fflush(m_pFile);
     return 1;
 }

@@ -17,9 +17,8 @@ OS_ADAPT_STATUS_CALLBACK NotificationEntry() {
 } // namespace
 
 CKOVASMgrPort::CKOVASMgrPort()
-    : m_vecDevStateCallbacks(), m_DevStateCallbackMutex(), m_CallbackClearMutex(), m_ReadThread(),
-      m_PortMutex(), m_bReadThreadRun(0), m_stPreparedPorts(), m_bInit(0), m_stDeviceTree(),
-      m_nLastPortID(0), m_pOSAdaptLib(nullptr), m_bAbandoned(false) {
+    : m_bReadThreadRun(0), m_bInit(0), m_nLastPortID(0), m_pOSAdaptLib(nullptr),
+      m_bAbandoned(false) {
     m_PortMutex.Init();
     m_DevStateCallbackMutex.Init();
     m_CallbackClearMutex.Init();

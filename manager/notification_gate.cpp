@@ -10,7 +10,7 @@ NeverDestroyed<NotificationGate> s_Gate;
 
 NotificationGate& NotificationGate::Get() { return *s_Gate; }
 
-NotificationGate::NotificationGate() : m_Mutex(), m_Emptied() { m_Mutex.Init(); }
+NotificationGate::NotificationGate() { m_Mutex.Init(); }
 
 void NotificationGate::Open(CKOVASMgrPort* manager) {
     JMutexGuard lock(m_Mutex);

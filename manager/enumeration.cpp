@@ -9,8 +9,7 @@ namespace {
 
 // entry is zeroed, so that a shorter name is terminated.
 void Fill(_KOVAMGR_PORTINFO& entry, const _PORT_& port) {
-    const std::string& name = port.strPortName;
-    std::memcpy(entry.szPortName, name.data(), std::min(name.size(), sizeof(entry.szPortName) - 1));
+    port.strPortName.copy(entry.szPortName, sizeof(entry.szPortName) - 1);
     entry.nPortID = port.nPortID;
     entry.nPortType = port.nPortType;
 }

@@ -35,9 +35,10 @@ int CKOVASMgrPort::ProcessDeviceState(_OS_ADAPT_DEVICESTATUS_TYPE status) {
     return 0;
 }
 
+// A notification that was stuck in a manager when it was abandoned has nobody left to tell.
 void CKOVASMgrPort::TellDevStateCallbacks(_OS_ADAPT_DEVICESTATUS_TYPE status) {
     JMutexGuard lock(m_DevStateCallbackMutex);
-    for (size_t i = 0; i < m_vecDevStateCallbacks.size(); ++i) {
+    for (size_t i = 0; i < m_vecDevStateCallbacks.size() && !m_bAbandoned; ++i) {
         const KOVAMGR_DEV_STATE_CALLBACK cb = m_vecDevStateCallbacks[i];
         if (cb != nullptr) {
             cb(HostState(status));

@@ -138,7 +138,7 @@ class CKOVASMgrPort {
     int m_nLastPortID KOVASMGR_GUARDED_BY(m_PortMutex);
     JLibrary* m_pOSAdaptLib; ///< owned; null when none
 
-    bool m_bAbandoned; ///< the read thread lives on: never lock, never destroy
+    std::atomic<bool> m_bAbandoned; ///< the read thread lives on: never lock, never destroy
 };
 
 #endif

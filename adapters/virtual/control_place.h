@@ -1,0 +1,25 @@
+// SPDX-License-Identifier: MIT
+//
+// Where a host's control directory is, for the adapter that makes it and the program that finds it.
+#ifndef KOVASMGR_ADAPTERS_VIRTUAL_CONTROL_PLACE_H
+#define KOVASMGR_ADAPTERS_VIRTUAL_CONTROL_PLACE_H
+
+#include <sys/types.h>
+
+#include <string>
+
+constexpr const char* kControlSocket = "control"; // in the control directory
+constexpr const char* kPortLinks = "ports";       // in the control directory
+
+/// The directory that KOVASMGR_VIRTUAL_DIR names, empty when it is not set.
+std::string ChosenControlDirectory();
+
+/// The directory that holds one control directory for each host process of this user, named by its
+/// process identifier: "$XDG_RUNTIME_DIR/kovasmgr" when that variable names a directory of the
+/// user's own, else "/tmp/kovasmgr-<uid>".
+std::string ControlBase();
+
+/// Whether a name is a process identifier.
+bool IsProcessId(const std::string& name);
+
+#endif

@@ -1,0 +1,40 @@
+// SPDX-License-Identifier: MIT
+#ifndef KOVASMGR_ADAPTERS_VIRTUAL_FAR_END_H
+#define KOVASMGR_ADAPTERS_VIRTUAL_FAR_END_H
+
+#include <chrono>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "adapters/virtual/scenario.h"
+
+/// What a virtual device does at its end of a port. It knows nothing of terminals: bytes go in,
+/// bytes come out.
+///
+/// Threads: one at a time.
+class FarEnd {
+  public:
+    using Instant = std::chrono::steady_clock::time_point;
+
+    FarEnd() = default;
+    virtual ~FarEnd() = default;
+    FarEnd(const FarEnd&) = delete;
+    FarEnd& operator=(const FarEnd&) = delete;
+
+    /// Takes what the host sent.
+    /// @return what the far end sends back.
+    virtual std::string Take(const std::string& bytes) = 0;
+
+    /// When Tick is to be called next, if ever.
+    virtual std::optional<Instant> Due() const { return std::nullopt; }
+
+    /// @return what the far end sends by itself.
+    virtual std::string Tick(Instant) { return ""; }
+};
+
+/// The far end that a scenario asks for; null for one that is another program.
+/// @param spec  must outlive the far end
+std::unique_ptr<FarEnd> MakeFarEnd(const PortSpec& spec, FarEnd::Instant now);
+
+#endif

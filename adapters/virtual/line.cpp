@@ -1,0 +1,132 @@
+// SPDX-License-Identifier: MIT
+#include "adapters/virtual/line.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <stdlib.h>
+
+#include <cerrno>
+#include <stdexcept>
+
+#include "adapters/shared/adapter_log.h"
+#include "adapters/shared/terminal.h"
+
+namespace {
+
+[[noreturn]] void Fail(const std::string& what, int error) {
+    std::string advice;
+    if (error == EMFILE) {
+        advice = "; the host has too many descriptors open, raise its limit (ulimit -n)";
+    } else if (error == ENOSPC || error == ENOENT) {
+        advice = "; see /proc/sys/kernel/pty/max and whether /dev/pts is mounted";
+    }
+    throw std::runtime_error(what + ": " + ErrnoText(error) + advice);
+}
+
+UniqueFd OpenMaster() {
+    UniqueFd master(posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC | O_NONBLOCK));
+    if (!master.IsOpen()) {
+        Fail("no pseudo-terminal", errno);
+    }
+    if (grantpt(master.Get()) != 0 || unlockpt(master.Get()) != 0) {
+        Fail("pseudo-terminal cannot be unlocked", errno);
+    }
+    return master;
+}
+
+std::string SlavePath(const UniqueFd& master) {
+    char path[64] = "";
+    if (const int error = ptsname_r(master.Get(), path, sizeof path); error != 0) {
+        Fail("pseudo-terminal has no name", error);
+    }
+    return path;
+}
+
+UniqueFd OpenSlave(const std::string& path) {
+    UniqueFd slave(open(path.c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC | O_NONBLOCK));
+    if (!slave.IsOpen()) {
+        Fail("cannot open " + path, errno);
+    }
+    if (const int error = MakeRaw(slave.Get()); error != 0) {
+        Fail("cannot make " + path + " raw", error);
+    }
+    return slave;
+}
+
+} // namespace
+
+Line::Line(const PortSpec& spec)
+    : m_Spec(spec), m_Master(OpenMaster()), m_FarPath(SlavePath(m_Master)) {
+    m_Slave = OpenSlave(m_FarPath);
+    m_FarEnd = MakeFarEnd(spec, std::chrono::steady_clock::now());
+}
+
+std::shared_ptr<const UniqueFd> Line::OpenHostEnd() {
+    // A program at the far end may have left the terminal in any state.
+    if (const int error = MakeRaw(m_Slave.Get()); error != 0) {
+        Fail("cannot make " + m_FarPath + " raw", error);
+    }
+    auto host = std::make_shared<const UniqueFd>(fcntl(m_Master.Get(), F_DUPFD_CLOEXEC, 0));
+    if (!host->IsOpen()) {
+        Fail("cannot open the host's end", errno);
+    }
+    m_Unsent.clear();
+    DiscardArrived(m_Master.Get());
+    m_Host = host;
+    return host;
+}
+
+void Line::Watch(PollSet& waiting) const {
+    if (m_Broken) {
+        return;
+    }
+    if (!IsHostOpen()) {
+        waiting.Add(m_Master.Get(), POLLIN);
+    }
+    if (IsServed()) {
+        waiting.Add(m_Slave.Get(), m_Unsent.empty() ? POLLIN : POLLOUT);
+        waiting.WakeAt(m_FarEnd->Due());
+    }
+}
+
+// While an answer waits for room nothing more is taken, so the host's writes come to a stop too and
+// nothing has to be kept.
+void Line::ServeFarEnd(FarEnd::Instant now) {
+    if (!IsServed()) {
+        return;
+    }
+    if (m_Unsent.empty()) {
+        TakeFromHost();
+    }
+    const auto due = m_FarEnd->Due();
+    if (due && *due <= now) {
+        const std::string text = m_FarEnd->Tick(now);
+        // A line without flow control loses what the host does not fetch.
+        m_Unsent = m_Unsent.empty() ? text : m_Unsent;
+    }
+    SendToHost();
+}
+
+void Line::DiscardForClosedHost() {
+    if (!IsHostOpen() && !m_Broken) {
+        DiscardArrived(m_Master.Get());
+    }
+}
+
+void Line::TakeFromHost() {
+    char buffer[4096];
+    const Transfer got = ReadAvailable(m_Slave.Get(), buffer, sizeof buffer);
+    if (got.count > 0) {
+        m_Unsent = m_FarEnd->Take(std::string(buffer, got.count));
+    }
+    if (got.error != 0) {
+        m_Broken = true; // waiting for it would not wait any more
+        LogError("the far end of port '" + Printable(m_Spec.name) + "' was hung up (" +
+                 ErrnoText(got.error) + "); replug its device");
+    }
+}
+
+void Line::SendToHost() {
+    const Transfer sent = WriteAvailable(m_Slave.Get(), m_Unsent.data(), m_Unsent.size());
+    m_Unsent.erase(0, sent.count);
+}

@@ -1,0 +1,66 @@
+// SPDX-License-Identifier: MIT
+#ifndef KOVASMGR_ADAPTERS_VIRTUAL_LINE_H
+#define KOVASMGR_ADAPTERS_VIRTUAL_LINE_H
+
+#include <memory>
+#include <string>
+
+#include "adapters/shared/unique_fd.h"
+#include "adapters/virtual/far_end.h"
+#include "adapters/virtual/poll_set.h"
+#include "adapters/virtual/scenario.h"
+
+/// The line between a host and a far end: a pair of pseudo-terminals. The host's end is the master.
+/// The far end is the slave, which this object keeps open, so that a program which opens and closes
+/// it does not hang the line up.
+///
+/// While the host has the port closed, what the far end sends is thrown away, as on a real line.
+///
+/// Threads: one at a time.
+class Line {
+  public:
+    /// Makes the pair, raw.
+    /// @param spec  must outlive the line
+    /// @throws std::runtime_error with the reason
+    explicit Line(const PortSpec& spec);
+
+    Line(const Line&) = delete;
+    Line& operator=(const Line&) = delete;
+
+    const PortSpec& Spec() const { return m_Spec; }
+
+    /// What a program opens to be the far end: "/dev/pts/4".
+    const std::string& FarPath() const { return m_FarPath; }
+
+    /// Starts a new opening by the host: nothing that was sent before is seen.
+    /// @return a descriptor of its own for the host's end
+    /// @throws std::runtime_error with the reason
+    std::shared_ptr<const UniqueFd> OpenHostEnd();
+
+    bool IsHostOpen() const { return !m_Host.expired(); }
+
+    /// Adds what this line waits for.
+    void Watch(PollSet& waiting) const;
+
+    /// Lets the far end take, answer and send.
+    void ServeFarEnd(FarEnd::Instant now);
+
+    /// Throws away what was sent to a host that has the port closed.
+    void DiscardForClosedHost();
+
+  private:
+    bool IsServed() const { return m_FarEnd != nullptr && !m_Broken; }
+    void TakeFromHost();
+    void SendToHost();
+
+    const PortSpec& m_Spec;
+    UniqueFd m_Master;
+    UniqueFd m_Slave;
+    std::string m_FarPath;
+    std::weak_ptr<const UniqueFd> m_Host;
+    std::unique_ptr<FarEnd> m_FarEnd;
+    bool m_Broken = false; // a program hung the far end up
+    std::string m_Unsent;  // taken from the far end, waiting for room in the terminal
+};
+
+#endif

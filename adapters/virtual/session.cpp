@@ -1,0 +1,99 @@
+// SPDX-License-Identifier: MIT
+#include "adapters/virtual/session.h"
+
+#include <sys/eventfd.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <stdexcept>
+
+#include "adapters/shared/adapter_log.h"
+
+namespace {
+
+std::unique_ptr<const Scenario> LoadOrLog() {
+    ScenarioResult result = LoadScenario();
+    if (!result.error.empty()) {
+        LogError("no devices, the scenario has a mistake: " + result.error);
+    }
+    return std::make_unique<const Scenario>(std::move(result.scenario));
+}
+
+} // namespace
+
+Session::Session(HandleTable& handles, StateNotifier& notifier)
+    : m_Notifier(notifier), m_Wake(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
+    if (!m_Wake.IsOpen()) {
+        throw std::runtime_error("no event counter: " + ErrnoText(errno));
+    }
+    OpenControl();
+    m_Ports = std::make_unique<VirtualPorts>(LoadOrLog(), handles, notifier, m_Directory.get());
+    if (const int error = m_Thread.Start("kova-virtual", Enter, this); error != 0) {
+        throw std::runtime_error("no thread: " + ErrnoText(error));
+    }
+}
+
+Session::~Session() {
+    m_Stop = true;
+    Wake();
+    m_Thread.Join();
+    // Links go before the directory.
+    m_Ports.reset();
+    m_Server.reset();
+    m_Directory.reset();
+}
+
+int Session::Open(const std::string& portName) {
+    const int handle = m_Ports->Open(portName);
+    Wake();
+    return handle;
+}
+
+void Session::Wake() {
+    const uint64_t one = 1;
+    // Fails only when the counter is full, and then the thread wakes all the same.
+    [[maybe_unused]] const ssize_t written = write(m_Wake.Get(), &one, sizeof one);
+}
+
+void Session::OpenControl() {
+    try {
+        m_Directory = std::make_unique<ControlDirectory>();
+        m_Server = std::make_unique<ControlServer>(m_Directory->SocketPath());
+    } catch (const std::runtime_error& error) {
+        LogError(std::string("devices cannot be plugged and pulled: ") + error.what());
+    }
+}
+
+void Session::Enter(void* self) { static_cast<Session*>(self)->Run(); }
+
+void Session::Run() {
+    while (!m_Stop) {
+        try {
+            ServeOnce();
+        } catch (const std::exception& error) {
+            LogErrorOnce(std::string("virtual devices: ") + error.what());
+        }
+    }
+}
+
+void Session::ServeOnce() {
+    PollSet waiting;
+    const size_t wake = waiting.Add(m_Wake.Get(), POLLIN);
+    m_Ports->Watch(waiting);
+    if (m_Server != nullptr) {
+        m_Server->Watch(waiting);
+    }
+    waiting.Wait();
+    if ((waiting.Seen(wake) & POLLIN) != 0) {
+        DrainWake();
+    }
+    m_Ports->Serve();
+    if (m_Server != nullptr) {
+        m_Server->Serve(waiting, *m_Ports, m_Notifier);
+    }
+}
+
+void Session::DrainWake() {
+    uint64_t count = 0;
+    [[maybe_unused]] const ssize_t got = read(m_Wake.Get(), &count, sizeof count);
+}

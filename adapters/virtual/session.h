@@ -1,0 +1,55 @@
+// SPDX-License-Identifier: MIT
+#ifndef KOVASMGR_ADAPTERS_VIRTUAL_SESSION_H
+#define KOVASMGR_ADAPTERS_VIRTUAL_SESSION_H
+
+#include <atomic>
+#include <memory>
+#include <string>
+
+#include "adapters/shared/handle_table.h"
+#include "adapters/shared/state_notifier.h"
+#include "adapters/shared/unique_fd.h"
+#include "adapters/shared/worker_thread.h"
+#include "adapters/virtual/control_directory.h"
+#include "adapters/virtual/control_server.h"
+#include "adapters/virtual/virtual_ports.h"
+
+/// Everything that lives from the first use of the adapter to its un-registration: devices, control
+/// directory and socket, and the thread that serves them. The thread never calls the host, so it
+/// can always be waited for.
+class Session {
+  public:
+    /// A scenario with a mistake gives a session without devices; a control directory that cannot
+    /// be had, one without commands and links. Both are logged.
+    /// @throws std::runtime_error when there is no thread or descriptor to run it
+    Session(HandleTable& handles, StateNotifier& notifier);
+
+    /// Ends the thread, kills all handles and removes what is in the file system. Not on the
+    /// service thread.
+    ~Session();
+    Session(const Session&) = delete;
+    Session& operator=(const Session&) = delete;
+
+    /// As VirtualPorts::Open. Any thread.
+    int Open(const std::string& portName);
+
+    /// Makes the service thread look at everything anew. Any thread; takes no lock.
+    void Wake();
+
+  private:
+    void OpenControl();
+    static void Enter(void* self);
+    void Run();
+    void ServeOnce();
+    void DrainWake();
+
+    StateNotifier& m_Notifier;
+    UniqueFd m_Wake; // an event counter
+    std::unique_ptr<ControlDirectory> m_Directory;
+    std::unique_ptr<ControlServer> m_Server;
+    std::unique_ptr<VirtualPorts> m_Ports;
+    std::atomic<bool> m_Stop{false};
+    WorkerThread m_Thread;
+};
+
+#endif

@@ -1,0 +1,72 @@
+// SPDX-License-Identifier: MIT
+#ifndef KOVASMGR_ADAPTERS_VIRTUAL_VIRTUAL_PORTS_H
+#define KOVASMGR_ADAPTERS_VIRTUAL_VIRTUAL_PORTS_H
+
+#include <cstdint>
+#include <memory>
+#include <mutex>
+#include <string>
+
+#include "adapters/shared/handle_table.h"
+#include "adapters/shared/state_notifier.h"
+#include "adapters/virtual/control_directory.h"
+#include "adapters/virtual/poll_set.h"
+#include "adapters/virtual/workbench.h"
+
+/// The devices of a session: plugged and pulled by commands, opened by the host, served by the
+/// service thread.
+///
+/// The commands throw std::runtime_error with a reason for the person who gave them, and return the
+/// ticket of the notice (see StateNotifier::IsTold). Each change is done before it is told: handles
+/// of a port that goes are dead, and lines of a port that comes are open.
+///
+/// Threads: any; Watch and Serve only the one that gives commands.
+class VirtualPorts {
+  public:
+    /// Plugs in what the scenario wants present. A device that cannot be plugged in is logged.
+    /// @param links  where the far ends are linked; null for nowhere; must outlive this object
+    VirtualPorts(std::unique_ptr<const Scenario> scenario, HandleTable& handles,
+                 StateNotifier& notifier, ControlDirectory* links);
+    ~VirtualPorts();
+    VirtualPorts(const VirtualPorts&) = delete;
+    VirtualPorts& operator=(const VirtualPorts&) = delete;
+
+    uint64_t Plug(const std::string& deviceName);
+    uint64_t Pull(const std::string& deviceName);
+    uint64_t Replug(const std::string& deviceName);
+    uint64_t SwitchMode(const std::string& deviceName, const std::string& mode);
+    uint64_t PlugPort(const std::string& portName);
+    uint64_t UnplugPort(const std::string& portName);
+
+    /// One line for each device and port.
+    std::string List();
+
+    /// Opens a port for the host.
+    /// @return the handle
+    /// @throws std::runtime_error with the reason
+    int Open(const std::string& portName);
+
+    /// Adds what all lines wait for, and serves them afterwards.
+    void Watch(PollSet& waiting);
+    void Serve();
+
+  private:
+    using Device = Workbench::Device;
+    using Port = Workbench::Port;
+
+    Device& NeedDevice(const std::string& name);
+    Port& NeedPort(const std::string& name);
+    void RemoveLines(Device& device);
+    uint64_t AddLines(Device& device);
+    uint64_t PullOut(Device& device);
+    void Link(const Port& port);
+    uint64_t Publish();
+
+    HandleTable& m_Handles;
+    StateNotifier& m_Notifier;
+    ControlDirectory* m_Links;
+    std::mutex m_Mutex; // guards the workbench
+    Workbench m_Bench;
+};
+
+#endif

@@ -1,0 +1,13 @@
+// SPDX-License-Identifier: MIT
+#ifndef KOVASMGR_BENCH_NULL_ADAPTER_H
+#define KOVASMGR_BENCH_NULL_ADAPTER_H
+
+#include "OSAdapt.h"
+
+extern "C" {
+/// What the adapter without devices behind it enumerates from now on: as many devices with as many
+/// ports each, called "port1" onwards.
+KOVASMGR_API void NullAdapter_SetTable(int devices, int portsEach);
+}
+
+#endif

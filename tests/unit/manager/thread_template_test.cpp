@@ -1,0 +1,111 @@
+// SPDX-License-Identifier: MIT
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <thread>
+
+#include "manager/jthread_t.h"
+#include "tests/harness/wait_until.h"
+
+namespace {
+
+class Owner {
+  public:
+    virtual ~Owner() = default;
+    void Run() {
+        m_Thread = std::this_thread::get_id();
+        WaitUntil([this] { return m_bMayEnd.load(); });
+        ++m_nRuns;
+    }
+    virtual int RunVirtual() { return ++m_nRuns; }
+
+    std::atomic<bool> m_bMayEnd{true};
+    std::atomic<int> m_nRuns{0};
+    std::thread::id m_Thread; // read when the thread has ended
+};
+
+class DerivedOwner : public Owner {
+  public:
+    int RunVirtual() override { return m_nRuns += 100; }
+};
+
+} // namespace
+
+TEST(OwnerThread, RunsTheMemberFunctionOfItsOwner) {
+    Owner owner;
+    JThreadT<Owner, void> thread;
+    thread.SetTask(&owner, &Owner::Run);
+    EXPECT_EQ(thread.Start(), 0);
+    EXPECT_TRUE(thread.Stop());
+    EXPECT_EQ(owner.m_nRuns, 1);
+    EXPECT_NE(owner.m_Thread, std::this_thread::get_id());
+}
+
+TEST(OwnerThread, RunsAVirtualMemberFunction) {
+    DerivedOwner owner;
+    JThreadT<Owner, int> thread;
+    thread.SetTask(&owner, &Owner::RunVirtual);
+    EXPECT_EQ(thread.Start(), 0);
+    EXPECT_TRUE(thread.Stop());
+    EXPECT_EQ(owner.m_nRuns, 100);
+}
+
+TEST(OwnerThread, WithoutAnOwnerEndsAtOnce) {
+    JThreadT<Owner, void> thread;
+    thread.SetTask(nullptr, &Owner::Run);
+    EXPECT_EQ(thread.Start(), 0);
+    EXPECT_TRUE(WaitUntil([&] { return !thread.IsRunning(); }));
+}
+
+TEST(OwnerThread, WithoutATaskEndsAtOnce) {
+    JThreadT<Owner, void> thread;
+    EXPECT_EQ(thread.Start(), 0);
+    EXPECT_TRUE(WaitUntil([&] { return !thread.IsRunning(); }));
+}
+
+TEST(OwnerThread, StartReturnsWhileTheMemberFunctionRuns) {
+    Owner owner;
+    owner.m_bMayEnd = false;
+    JThreadT<Owner, void> thread;
+    thread.SetTask(&owner, &Owner::Run);
+    EXPECT_EQ(thread.Start(), 0);
+    EXPECT_TRUE(thread.IsRunning());
+    EXPECT_EQ(owner.m_nRuns, 0);
+    owner.m_bMayEnd = true;
+}
+
+TEST(OwnerThread, StoppingOneThatNeverStartedDoesNothing) {
+    JThreadT<Owner, void> thread;
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_TRUE(thread.Stop());
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(80));
+}
+
+TEST(OwnerThread, ItsDestructorWaitsForTheEnd) {
+    Owner owner;
+    owner.m_bMayEnd = false;
+    std::thread ender;
+    {
+        JThreadT<Owner, void> thread;
+        thread.SetTask(&owner, &Owner::Run);
+        ASSERT_EQ(thread.Start(), 0);
+        ender = std::thread([&] {
+            WaitUntil([] { return false; }, std::chrono::milliseconds(200));
+            owner.m_bMayEnd = true;
+        });
+    }
+    EXPECT_EQ(owner.m_nRuns, 1);
+    ender.join();
+}
+
+TEST(OwnerThread, StartsAgainWhenItHasEnded) {
+    Owner owner;
+    JThreadT<Owner, void> thread;
+    thread.SetTask(&owner, &Owner::Run);
+    for (int run = 1; run <= 3; ++run) {
+        EXPECT_EQ(thread.Start(), 0);
+        EXPECT_TRUE(thread.Stop());
+        EXPECT_EQ(owner.m_nRuns, run);
+    }
+}

@@ -6,6 +6,7 @@
 #include "KOVASMgr.h"
 #include "OSAdapt.h"
 #include "bench/running_manager.h"
+#include "common/jmutex_guard.h"
 
 namespace {
 
@@ -22,6 +23,17 @@ void BareWrite(benchmark::State& state) {
     }
 }
 BENCHMARK(BareWrite)->Name("write/bare");
+
+// The part of it that the lock has.
+void LockAlone(benchmark::State& state) {
+    JMutex mutex;
+    mutex.Init();
+    for (auto _ : state) {
+        JMutexGuard lock(mutex);
+        benchmark::ClobberMemory();
+    }
+}
+BENCHMARK(LockAlone)->Name("write/lock");
 
 // To the last port of as many devices with as many ports each.
 void ManagerWrite(benchmark::State& state) {

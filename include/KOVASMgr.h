@@ -30,19 +30,20 @@
  *   one lock, so a slow write delays the others.
  *
  *   [read thread]    Read callbacks run here, one at a time, with the library's port lock held.
- * From a read callback every function may be called except KOVAMGR_Init, KOVAMGR_Release and the
- * two device-state registrations. [notice thread]  Device-state callbacks run on the adapter's
- * notifying thread with the device-state lock held. From a device-state callback every function may
- * be called except KOVAMGR_Init and KOVAMGR_Release.
+ *                    From a read callback every function may be called except KOVAMGR_Init,
+ *                    KOVAMGR_Release and the two device-state registrations.
+ *   [notice thread]  Device-state callbacks run on the adapter's notifying thread with the
+ *                    device-state lock held. From a device-state callback every function may be
+ *                    called except KOVAMGR_Init and KOVAMGR_Release.
  *
  *   - While calling KOVAMGR_Release, an un-registration or KOVAMGR_Close, hold nothing that a
  *     callback may wait for. A read callback must not wait for a device notice.
  *   - Once an un-registration or KOVAMGR_Close has returned on another thread, no callback that it
  *     ended runs or will run. Once KOVAMGR_Release has returned, no callback runs at all (except
- * one that could not be stopped, see KOVAMGR_Release).
+ *     what could not be stopped, see KOVAMGR_Release).
  *   - Callbacks must not throw C++ exceptions.
  *   - A thread that calls KOVAMGR_Init, and an adapter's notifying thread, need 1 MiB of stack:
- * each rescan keeps an enumeration record of 286,980 bytes there.
+ *     each rescan keeps an enumeration record of 286,980 bytes there.
  *   - Lock order, for hosts that combine it with their own: notification gate, device-state lock,
  *     port lock, adapter's locks, log lock.
  */
@@ -63,13 +64,11 @@
     (KOVASMGR_VERSION_MAJOR * 10000 + KOVASMGR_VERSION_MINOR * 100 + KOVASMGR_VERSION_PATCH)
 
 /* Limits of the enumeration record. Texts are zero-terminated within the sizes given here. */
-#define KOVAMGR_MAX_DEVICES 64 /* entries of _KOVAMGR_DEVICEINFOLIST */
-#define KOVAMGR_MAX_PORTS 16   /* entries of one _KOVAMGR_DEVICEINFO */
-#define KOVAMGR_DEVICE_TEXT_SIZE                                                                   \
-    128                            /* bytes of a device's name and of its text, with terminator    \
-                                    */
-#define KOVAMGR_PORT_NAME_SIZE 256 /* bytes of a port's name, with terminator */
-#define KOVAMGR_READ_SIZE 4096     /* most bytes that one read callback receives */
+#define KOVAMGR_MAX_DEVICES 64       /* entries of _KOVAMGR_DEVICEINFOLIST */
+#define KOVAMGR_MAX_PORTS 16         /* entries of one _KOVAMGR_DEVICEINFO */
+#define KOVAMGR_DEVICE_TEXT_SIZE 128 /* bytes of a device's name and text, with terminator */
+#define KOVAMGR_PORT_NAME_SIZE 256   /* bytes of a port's name, with terminator */
+#define KOVAMGR_READ_SIZE 4096       /* most bytes that one read callback receives */
 
 /* clang-format off */
 
@@ -81,7 +80,7 @@ enum KOVAMGR_RESULT KOVASMGR_ENUM32 {
                                              failure of KOVAMGR_Init after its argument checks */
     KOVAMGR_ERR_NOT_INIT         = 20003, /* KOVAMGR_Init has not succeeded */
     KOVAMGR_ERR_NO_HANDLE        = 20006, /* KOVAMGR_Write: the port is known but not open */
-    KOVAMGR_ERR_THREAD           = 20009, /* internal: the read thread did not start; hosts see 20002 */
+    KOVAMGR_ERR_THREAD           = 20009, /* internal: no read thread; hosts see 20002 */
     KOVAMGR_PORT_STATE_READY     = 20050, /* KOVAMGR_GetPortState: the library is initialised */
     KOVAMGR_PORT_STATE_NOT_READY = 20053  /* KOVAMGR_GetPortState: it is not */
 };
@@ -162,7 +161,7 @@ typedef void (*KOVAMGR_DEV_STATE_CALLBACK)(_KOVAMGR_DEV_STATE_TYPE_ state);
  *
  * logDir  an existing directory for "KOVASMgr.log", borrowed for the call; its path with the file's
  *         name fits in 4,499 bytes. A log larger than 102,400 bytes is started afresh, a smaller
- * one is appended to. The file is made readable and writable for everyone (mode 0777).
+ *         one is appended to. The file is made readable and writable for everyone (mode 0777).
  *
  * Returns, in the order of the checks:
  *   KOVAMGR_ERR_PARAM    logDir is null, empty or no existing directory; nothing is created

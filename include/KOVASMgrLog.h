@@ -19,9 +19,7 @@
 
 #include "KOVASMgrExport.h"
 
-#define KOVASMGR_LOG_MESSAGE_SIZE                                                                  \
-    4500 /* bytes of a message with its terminator; more is cut off                                \
-          */
+#define KOVASMGR_LOG_MESSAGE_SIZE 4500 /* bytes with the terminator; more is cut off */
 
 KOVASMGR_BEGIN_DECLS
 

@@ -29,33 +29,40 @@
  *      Noticed by: a host that hangs.
  *  R5  Registration never waits for a notification.
  *      Broken: deadlock, the manager registers with its port lock held. Noticed by: a host that
- * hangs in KOVAMGR_Init. R6  Un-registration returns when no notification is running or will start;
- * called from the notification itself it does not wait for itself; without a registration it
- * succeeds. Broken: the manager refuses late notifications (the callback answers -1), but the
- * library may be unloaded under a running thread. Noticed by: a crash at unload. R7  A notifying
- * thread has at least 1 MiB of stack (a rescan keeps 286,980 bytes there). Broken: stack overflow.
- * Noticed by: a crash at the first notification. R8  After un-registration the library can be
- * unloaded: no thread and no descriptor survives, and it really unloads (in C++ compile with
- * -fno-gnu-unique). Broken: descriptors and threads pile up in hosts that initialise again and
- * again. Noticed by: counting /proc/self/fd and /proc/self/task. R9  OS_ADAPT_Read never blocks. No
- * data is success with count 0, and the count is set on every success. Broken: every other port
- * stalls; a count that is not set repeats the previous one. Noticed by: slow writes; duplicated
- * data. R10 OS_ADAPT_Write ends within a bounded time (1 s unless configured). A short count is
- * success. Broken: every other port stalls, release kills the thread. Noticed by: slow reads. R11 A
- * dead port fails one read; its later reads succeed with count 0, its writes and opens fail at
- *      once.
+ *      hangs in KOVAMGR_Init.
+ *  R6  Un-registration returns when no notification is running or will start; called from the
+ *      notification itself it does not wait for itself; without a registration it succeeds.
+ *      Broken: the manager refuses late notifications (the callback answers -1), but the library
+ *      may be unloaded under a running thread. Noticed by: a crash at unload.
+ *  R7  A notifying thread has at least 1 MiB of stack (a rescan keeps 286,980 bytes there).
+ *      Broken: stack overflow. Noticed by: a crash at the first notification.
+ *  R8  After un-registration the library can be unloaded: no thread and no descriptor survives, and
+ *      it really unloads (in C++ compile with -fno-gnu-unique).
+ *      Broken: descriptors and threads pile up in hosts that initialise again and again. Noticed
+ *      by: counting /proc/self/fd and /proc/self/task.
+ *  R9  OS_ADAPT_Read never blocks. No data is success with count 0, and the count is set on every
+ *      success.
+ *      Broken: every other port stalls; a count that is not set repeats the previous one. Noticed
+ *      by: slow writes; duplicated data.
+ *  R10 OS_ADAPT_Write ends within a bounded time (1 s unless configured). A short count is success.
+ *      Broken: every other port stalls, release kills the thread. Noticed by: slow reads.
+ *  R11 A dead port fails one read; its later reads succeed with count 0, its writes and opens fail
+ *      at once.
  *      Broken: the manager logs each failing read, 100 times a second. Noticed by: the log.
  *  R12 Handles are never -1 and never used again while the library is loaded.
  *      Broken: -1 means closed to the manager; a reused handle reaches another port. Noticed by:
  *      data on the wrong port.
  *  R13 The manager may forget a port without closing it. Opening a port that the adapter still
- * holds open closes the old handle and gives a new one; what is left is reclaimed when the port
- * goes, at un-registration or at unload. Broken: a port that came back can never be opened again.
- * Noticed by: unplugging one of two ports of a device. R14 A notifying thread marks a handle dead
- * at once, and its descriptor is closed as soon as no call is inside it. Broken: an open descriptor
- * keeps the node's number, and the device comes back under another name. Noticed by: unplugging
- * while open. R15 Device names are unique, port names are unique over all devices, a device's name
- * does not change while it is present, a device without ports is not reported, and every text is
+ *      holds open closes the old handle and gives a new one; what is left is reclaimed when the
+ *      port goes, at un-registration or at unload.
+ *      Broken: a port that came back can never be opened again. Noticed by: unplugging one of two
+ *      ports of a device.
+ *  R14 A notifying thread marks a handle dead at once, and its descriptor is closed as soon as no
+ *      call is inside it.
+ *      Broken: an open descriptor keeps the node's number, and the device comes back under another
+ *      name. Noticed by: unplugging while open.
+ *  R15 Device names are unique, port names are unique over all devices, a device's name does not
+ *      change while it is present, a device without ports is not reported, and every text is
  *      terminated within its array.
  *      Broken: devices of one name are merged, a port of a known name is ignored, an unterminated
  *      text is cut one byte short of its array. Noticed by: the host's list.
@@ -65,12 +72,12 @@
  *      pull-out and then an insertion, each with a table of its own that does not change while its
  *      notification runs.
  *      Broken: the manager's scan for removals misreads a device that has no port left or whose
- * count changed, and drops a neighbour's ports without closing them. Noticed by: a neighbour's open
- *      port that falls silent.
+ *      count changed, and drops a neighbour's ports without closing them. Noticed by: a neighbour's
+ *      open port that falls silent.
  *  R17 What arrives together is told together (10 ms of quiet, 40 ms at most), never across a
  *      boundary of R16. After events were lost, compare with the system and notify as in R16. No
- * event between the first enumeration and the registration is lost. Broken: a storm of rescans, or
- * devices that are missed. Noticed by: counting notices.
+ *      event between the first enumeration and the registration is lost.
+ *      Broken: a storm of rescans, or devices that are missed. Noticed by: counting notices.
  */
 #ifndef OSADAPT_H
 #define OSADAPT_H
@@ -83,13 +90,12 @@
 #define OS_ADAPT_OK 30000     /* the one success */
 #define OS_ADAPT_FAILED 30001 /* what the adapters of this project return for any failure */
 
-#define OS_ADAPT_MAX_DEVICES 64 /* devices that one enumeration can report */
-#define OS_ADAPT_MAX_PORTS 16   /* ports of one device that it can report */
-#define OS_ADAPT_DEVICE_TEXT_SIZE                                                                  \
-    128                             /* bytes of a device's name and of its text, with terminator */
-#define OS_ADAPT_PORT_NAME_SIZE 256 /* bytes of a port's name, with terminator */
-#define OS_ADAPT_ENUM_ALL 4         /* the first argument of every enumeration */
-#define OS_ADAPT_NO_HANDLE (-1)     /* never a handle */
+#define OS_ADAPT_MAX_DEVICES 64       /* devices that one enumeration can report */
+#define OS_ADAPT_MAX_PORTS 16         /* ports of one device that it can report */
+#define OS_ADAPT_DEVICE_TEXT_SIZE 128 /* bytes of a device's name and text, with terminator */
+#define OS_ADAPT_PORT_NAME_SIZE 256   /* bytes of a port's name, with terminator */
+#define OS_ADAPT_ENUM_ALL 4           /* the first argument of every enumeration */
+#define OS_ADAPT_NO_HANDLE (-1)       /* never a handle */
 
 /* What a notification says. */
 typedef enum _OS_ADAPT_DEVICESTATUS_TYPE KOVASMGR_ENUM32 {

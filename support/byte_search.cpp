@@ -64,8 +64,8 @@ struct Folded {
     }
     // Not inlined: rarely reached, and its registers would burden every comparison.
     [[gnu::noinline]] static bool MatchBehindFirstWord(const char* s, const char* pattern, int n) {
-        for (int next = kWord; next < n; next += kWord) {
-            const int i = std::min(next, n - kWord); // the last two words may overlap
+        for (std::ptrdiff_t next = kWord; next < n; next += kWord) {
+            const auto i = std::min<std::ptrdiff_t>(next, n - kWord); // the last two may overlap
             const uint64_t word = LoadWord(pattern + i);
             const uint64_t differences = LoadWord(s + i) ^ word;
             if (differences != 0 && (differences & ~FreeBits(word)) != 0) {

@@ -119,11 +119,11 @@ void StateNotifier::TellFirstStep(Lock& lock) {
     lock.unlock();
     CallHost(callback, status);
     lock.lock();
+    m_Telling = false;
     m_Book.EndStep();
     lock.unlock();
     if (m_ToldHook != nullptr) {
         m_ToldHook(m_ToldHookArgument);
     }
     lock.lock();
-    m_Telling = false;
 }

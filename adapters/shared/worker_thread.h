@@ -25,7 +25,6 @@ class WorkerThread {
     /// Waits for the end of the body. Does nothing when no thread was started since the last Join.
     void Join();
 
-    bool IsStarted() const { return m_Started; }
     bool IsSelf() const;
 
   private:

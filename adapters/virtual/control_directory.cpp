@@ -2,11 +2,9 @@
 #include "adapters/virtual/control_directory.h"
 
 #include <fcntl.h>
-#include <signal.h>
 #include <sys/file.h>
 #include <unistd.h>
 
-#include <cerrno>
 #include <stdexcept>
 
 #include "adapters/shared/adapter_log.h"
@@ -31,10 +29,6 @@ void RemoveContents(int directory) {
         RemoveLinks(links.Get());
         unlinkat(directory, kPortLinks, AT_REMOVEDIR);
     }
-}
-
-bool IsRunning(const std::string& processId) {
-    return kill(static_cast<pid_t>(std::stol(processId)), 0) == 0 || errno != ESRCH;
 }
 
 // The process identifier alone would remove the directory of a host in another container, the lock
@@ -94,7 +88,7 @@ void ControlDirectory::OpenChosen(const std::string& path) {
 }
 
 void ControlDirectory::OpenForThisProcess() {
-    const std::string base = ControlBase();
+    const std::string base = ControlBases().front();
     m_Base = OpenPrivateDirectory(AT_FDCWD, base, nullptr);
     for (const std::string& name : NamesIn(m_Base.Get())) {
         RemoveIfStale(m_Base.Get(), name);

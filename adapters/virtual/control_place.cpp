@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include "adapters/virtual/control_place.h"
 
+#include <signal.h>
 #include <stdlib.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 
 namespace {
 
@@ -24,16 +26,22 @@ bool IsPrivateDirectory(const std::string& path) {
 
 std::string ChosenControlDirectory() { return Variable("KOVASMGR_VIRTUAL_DIR"); }
 
-std::string ControlBase() {
+std::vector<std::string> ControlBases() {
+    std::vector<std::string> bases;
     const std::string runtime = Variable("XDG_RUNTIME_DIR");
     if (IsPrivateDirectory(runtime)) {
-        return runtime + "/kovasmgr";
+        bases.push_back(runtime + "/kovasmgr");
     }
-    return "/tmp/kovasmgr-" + std::to_string(geteuid());
+    bases.push_back("/tmp/kovasmgr-" + std::to_string(geteuid()));
+    return bases;
 }
 
 bool IsProcessId(const std::string& name) {
     return !name.empty() && name.size() < 10 && name.front() != '0' &&
            std::all_of(name.begin(), name.end(),
                        [](char character) { return character >= '0' && character <= '9'; });
+}
+
+bool IsRunning(const std::string& processId) {
+    return kill(static_cast<pid_t>(std::stol(processId)), 0) == 0 || errno != ESRCH;
 }

@@ -4,9 +4,8 @@
 #ifndef KOVASMGR_ADAPTERS_VIRTUAL_CONTROL_PLACE_H
 #define KOVASMGR_ADAPTERS_VIRTUAL_CONTROL_PLACE_H
 
-#include <sys/types.h>
-
 #include <string>
+#include <vector>
 
 constexpr const char* kControlSocket = "control"; // in the control directory
 constexpr const char* kPortLinks = "ports";       // in the control directory
@@ -14,12 +13,16 @@ constexpr const char* kPortLinks = "ports";       // in the control directory
 /// The directory that KOVASMGR_VIRTUAL_DIR names, empty when it is not set.
 std::string ChosenControlDirectory();
 
-/// The directory that holds one control directory for each host process of this user, named by its
-/// process identifier: "$XDG_RUNTIME_DIR/kovasmgr" when that variable names a directory of the
-/// user's own, else "/tmp/kovasmgr-<uid>".
-std::string ControlBase();
+/// The directories that may hold a control directory for each host process of this user, named by
+/// its process identifier: "$XDG_RUNTIME_DIR/kovasmgr" when that variable names a directory of the
+/// user's own, and "/tmp/kovasmgr-<uid>". The adapter uses the first.
+std::vector<std::string> ControlBases();
 
 /// Whether a name is a process identifier.
 bool IsProcessId(const std::string& name);
+
+/// Whether a process runs, of whichever user.
+/// @param processId  such a name
+bool IsRunning(const std::string& processId);
 
 #endif

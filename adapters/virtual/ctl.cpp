@@ -49,10 +49,35 @@ struct Arguments {
 
 [[noreturn]] void Fail(const std::string& reason) { throw std::runtime_error(reason); }
 
+// The control directories of the hosts that run.
+std::vector<std::string> RunningHosts() {
+    std::vector<std::string> hosts;
+    std::error_code error;
+    for (const std::string& base : ControlBases()) {
+        for (const auto& entry : fs::directory_iterator(base, error)) {
+            const std::string name = entry.path().filename().string();
+            if (IsProcessId(name) && IsRunning(name) &&
+                fs::exists(entry.path() / kControlSocket, error)) {
+                hosts.push_back(entry.path().string());
+            }
+        }
+    }
+    return hosts;
+}
+
+std::string FindHost(const std::string& processId) {
+    for (const std::string& host : RunningHosts()) {
+        if (fs::path(host).filename() == processId) {
+            return host;
+        }
+    }
+    Fail("process " + processId + " is no host with virtual devices");
+}
+
 Arguments ReadArguments(const std::vector<std::string>& given) {
     Arguments arguments;
     size_t at = 0;
-    for (; at < given.size() && given[at].front() == '-'; at += 2) {
+    for (; at < given.size() && given[at].compare(0, 1, "-") == 0; at += 2) {
         arguments.wantsHelp = given[at] == "--help" || given[at] == "-h";
         if (arguments.wantsHelp) {
             return arguments;
@@ -64,31 +89,16 @@ Arguments ReadArguments(const std::vector<std::string>& given) {
         if (isPid && !IsProcessId(given[at + 1])) {
             Fail("'" + given[at + 1] + "' is not a process identifier");
         }
-        arguments.directory = isPid ? ControlBase() + "/" + given[at + 1] : given[at + 1];
+        arguments.directory = isPid ? FindHost(given[at + 1]) : given[at + 1];
     }
     arguments.words.assign(given.begin() + static_cast<std::ptrdiff_t>(at), given.end());
     return arguments;
 }
 
-std::vector<std::string> RunningHosts() {
-    std::vector<std::string> hosts;
-    std::error_code error;
-    for (const auto& entry : fs::directory_iterator(ControlBase(), error)) {
-        if (IsProcessId(entry.path().filename().string()) &&
-            fs::exists(entry.path() / kControlSocket, error)) {
-            hosts.push_back(entry.path().string());
-        }
-    }
-    return hosts;
-}
-
-std::string FindDirectory() {
-    if (const std::string chosen = ChosenControlDirectory(); !chosen.empty()) {
-        return chosen;
-    }
+std::string FindOnlyHost() {
     const std::vector<std::string> hosts = RunningHosts();
     if (hosts.empty()) {
-        Fail("no host with virtual devices runs (looked in " + ControlBase() + ")");
+        Fail("no host with virtual devices runs (looked in " + ControlBases().front() + ")");
     }
     if (hosts.size() > 1) {
         std::string text = "several hosts run; choose one with --dir:";
@@ -98,6 +108,11 @@ std::string FindDirectory() {
         Fail(text);
     }
     return hosts.front();
+}
+
+std::string FindDirectory() {
+    const std::string chosen = ChosenControlDirectory();
+    return chosen.empty() ? FindOnlyHost() : chosen;
 }
 
 UniqueFd Connect(const std::string& path) {

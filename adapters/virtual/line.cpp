@@ -76,16 +76,31 @@ std::shared_ptr<const UniqueFd> Line::OpenHostEnd() {
     return host;
 }
 
-void Line::Watch(PollSet& waiting) const {
+void Line::Watch(PollSet& waiting) {
+    m_Place.reset();
     if (m_Broken) {
         return;
     }
     if (!IsHostOpen()) {
         waiting.Add(m_Master.Get(), POLLIN);
     }
+    const short events = m_Unsent.empty() ? POLLIN : POLLOUT;
+    m_Place = waiting.Add(m_Slave.Get(), IsServed() ? events : short{0});
     if (IsServed()) {
-        waiting.Add(m_Slave.Get(), m_Unsent.empty() ? POLLIN : POLLOUT);
         waiting.WakeAt(m_FarEnd->Due());
+    }
+}
+
+void Line::MendFarEnd(const PollSet& waited) {
+    if (!m_Place || (waited.Seen(*m_Place) & POLLHUP) == 0) {
+        return;
+    }
+    LogError("the far end of port '" + Printable(m_Spec.name) + "' was hung up by a program");
+    try {
+        m_Slave = OpenSlave(m_FarPath);
+    } catch (const std::runtime_error& error) {
+        m_Broken = true; // waiting for it would not wait any more
+        LogError(std::string("replug the device: ") + error.what());
     }
 }
 
@@ -118,11 +133,6 @@ void Line::TakeFromHost() {
     const Transfer got = ReadAvailable(m_Slave.Get(), buffer, sizeof buffer);
     if (got.count > 0) {
         m_Unsent = m_FarEnd->Take(std::string(buffer, got.count));
-    }
-    if (got.error != 0) {
-        m_Broken = true; // waiting for it would not wait any more
-        LogError("the far end of port '" + Printable(m_Spec.name) + "' was hung up (" +
-                 ErrnoText(got.error) + "); replug its device");
     }
 }
 

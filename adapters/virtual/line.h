@@ -3,6 +3,7 @@
 #define KOVASMGR_ADAPTERS_VIRTUAL_LINE_H
 
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "adapters/shared/unique_fd.h"
@@ -40,7 +41,11 @@ class Line {
     bool IsHostOpen() const { return !m_Host.expired(); }
 
     /// Adds what this line waits for.
-    void Watch(PollSet& waiting) const;
+    void Watch(PollSet& waiting);
+
+    /// Opens the far end anew when a program has hung the terminal up. An open handle of the host
+    /// is dead then; the host can open the port again.
+    void MendFarEnd(const PollSet& waited);
 
     /// Lets the far end take, answer and send.
     void ServeFarEnd(FarEnd::Instant now);
@@ -59,8 +64,9 @@ class Line {
     std::string m_FarPath;
     std::weak_ptr<const UniqueFd> m_Host;
     std::unique_ptr<FarEnd> m_FarEnd;
-    bool m_Broken = false; // a program hung the far end up
-    std::string m_Unsent;  // taken from the far end, waiting for room in the terminal
+    std::optional<size_t> m_Place; // of the slave in the poll set
+    bool m_Broken = false;         // the far end was hung up and does not open any more
+    std::string m_Unsent;          // taken from the far end, waiting for room in the terminal
 };
 
 #endif

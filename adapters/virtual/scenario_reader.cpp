@@ -54,6 +54,9 @@ class Reader {
         ScenarioTable table(source, "device", m_Mistake);
         DeviceSpec device;
         device.name = table.Name("name", kMaxDeviceText);
+        if (!m_DeviceNames.insert(device.name).second) {
+            m_Mistake.Note(table.Where("name"), "device '" + device.name + "' is there twice");
+        }
         device.text = table.OptionalName("text", kMaxDeviceText);
         device.mode = table.OptionalName("mode", kMaxMode);
         device.present = table.Flag("present", true);
@@ -63,14 +66,11 @@ class Reader {
             }
         }
         table.RefuseOtherKeys();
-        CheckDevice(device, table);
+        CheckMode(device, table);
         return device;
     }
 
-    void CheckDevice(const DeviceSpec& device, const ScenarioTable& table) {
-        if (!m_DeviceNames.insert(device.name).second) {
-            m_Mistake.Note(table.Where("name"), "device '" + device.name + "' is there twice");
-        }
+    void CheckMode(const DeviceSpec& device, const ScenarioTable& table) {
         if (std::none_of(device.ports.begin(), device.ports.end(),
                          [&](const PortSpec& port) { return IsInMode(port, device.mode); })) {
             m_Mistake.Note(table.Where("mode"),

@@ -29,16 +29,16 @@ Session::Session(HandleTable& handles, StateNotifier& notifier)
     OpenControl();
     m_Ports = std::make_unique<VirtualPorts>(LoadOrLog(), handles, notifier, m_Directory.get());
     if (const int error = m_Thread.Start("kova-virtual", Enter, this); error != 0) {
+        m_Ports->RemoveAll();
         throw std::runtime_error("no thread: " + ErrnoText(error));
     }
 }
 
-Session::~Session() {
+void Session::Stop() {
     m_Stop = true;
     Wake();
     m_Thread.Join();
-    // Links go before the directory.
-    m_Ports.reset();
+    m_Ports->RemoveAll();
     m_Server.reset();
     m_Directory.reset();
 }
@@ -87,7 +87,7 @@ void Session::ServeOnce() {
     if ((waiting.Seen(wake) & POLLIN) != 0) {
         DrainWake();
     }
-    m_Ports->Serve();
+    m_Ports->Serve(waiting);
     if (m_Server != nullptr) {
         m_Server->Serve(waiting, *m_Ports, m_Notifier);
     }

@@ -24,11 +24,14 @@ class Session {
     /// @throws std::runtime_error when there is no thread or descriptor to run it
     Session(HandleTable& handles, StateNotifier& notifier);
 
-    /// Ends the thread, kills all handles and removes what is in the file system. Not on the
-    /// service thread.
-    ~Session();
+    ~Session() { Stop(); }
     Session(const Session&) = delete;
     Session& operator=(const Session&) = delete;
+
+    /// Ends the thread, kills all handles, closes all lines and removes what is in the file system.
+    /// Calls of Open and Wake may overlap with it; they find no ports. By one thread, which is not
+    /// the service thread.
+    void Stop();
 
     /// As VirtualPorts::Open. Any thread.
     int Open(const std::string& portName);

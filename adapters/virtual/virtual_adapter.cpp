@@ -122,14 +122,13 @@ std::shared_ptr<Session> VirtualAdapter::UseSession() {
     return m_Session;
 }
 
+// With the lock held: a session that starts meanwhile would find the directory in use.
 void VirtualAdapter::EndSession() {
-    std::shared_ptr<Session> session;
-    {
-        const Lock lock(m_SessionMutex);
-        session = std::move(m_Session);
+    const Lock lock(m_SessionMutex);
+    if (m_Session != nullptr) {
+        m_Session->Stop(); // an opening on another thread may hold it for a moment longer
         m_Session.reset();
     }
-    session.reset();
     m_Handles.KillAll();
 }
 

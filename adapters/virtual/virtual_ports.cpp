@@ -47,13 +47,6 @@ VirtualPorts::VirtualPorts(std::unique_ptr<const Scenario> scenario, HandleTable
     Publish();
 }
 
-VirtualPorts::~VirtualPorts() {
-    for (Device& device : m_Bench.Devices()) {
-        device.present = false;
-        RemoveLines(device);
-    }
-}
-
 uint64_t VirtualPorts::Plug(const std::string& deviceName) {
     const Lock lock(m_Mutex);
     Device& device = NeedDevice(deviceName);
@@ -151,10 +144,19 @@ int VirtualPorts::Open(const std::string& portName) {
     return handle;
 }
 
+void VirtualPorts::RemoveAll() {
+    const Lock lock(m_Mutex);
+    for (Device& device : m_Bench.Devices()) {
+        device.present = false;
+        RemoveLines(device);
+    }
+    m_Links = nullptr;
+}
+
 void VirtualPorts::Watch(PollSet& waiting) {
     const Lock lock(m_Mutex);
-    for (const Device& device : m_Bench.Devices()) {
-        for (const Port& port : device.ports) {
+    for (Device& device : m_Bench.Devices()) {
+        for (Port& port : device.ports) {
             if (port.line != nullptr) {
                 port.line->Watch(waiting);
             }
@@ -162,12 +164,13 @@ void VirtualPorts::Watch(PollSet& waiting) {
     }
 }
 
-void VirtualPorts::Serve() {
+void VirtualPorts::Serve(const PollSet& waited) {
     const Lock lock(m_Mutex);
     const auto now = std::chrono::steady_clock::now();
     for (Device& device : m_Bench.Devices()) {
         for (Port& port : device.ports) {
             if (port.line != nullptr) {
+                port.line->MendFarEnd(waited);
                 port.line->ServeFarEnd(now);
                 port.line->DiscardForClosedHost();
             }

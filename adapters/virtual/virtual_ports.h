@@ -24,10 +24,9 @@
 class VirtualPorts {
   public:
     /// Plugs in what the scenario wants present. A device that cannot be plugged in is logged.
-    /// @param links  where the far ends are linked; null for nowhere; must outlive this object
+    /// @param links  where the far ends are linked; null for nowhere; not used after RemoveAll
     VirtualPorts(std::unique_ptr<const Scenario> scenario, HandleTable& handles,
                  StateNotifier& notifier, ControlDirectory* links);
-    ~VirtualPorts();
     VirtualPorts(const VirtualPorts&) = delete;
     VirtualPorts& operator=(const VirtualPorts&) = delete;
 
@@ -46,9 +45,12 @@ class VirtualPorts {
     /// @throws std::runtime_error with the reason
     int Open(const std::string& portName);
 
+    /// Takes everything away for good, without a notice.
+    void RemoveAll();
+
     /// Adds what all lines wait for, and serves them afterwards.
     void Watch(PollSet& waiting);
-    void Serve();
+    void Serve(const PollSet& waited);
 
   private:
     using Device = Workbench::Device;

@@ -231,7 +231,7 @@ TEST_F(Notice, UnRegistrationWithoutARegistrationSucceeds) {
 
 TEST_F(Notice, UnRegistrationFromTheNoticeItselfDoesNotWaitForItself) {
     const size_t threads = RunningThreads();
-    int result = 0;
+    std::atomic<int> result{0};
     m_Recorder.OnEach([&] { result = UnRegister(); });
     Start();
     ControlClient(ControlDirectory()).Send("pull left\n");
@@ -242,17 +242,18 @@ TEST_F(Notice, UnRegistrationFromTheNoticeItselfDoesNotWaitForItself) {
 }
 
 TEST_F(Notice, ARegistrationFromTheNoticeThatUnRegisteredGoesOn) {
+    std::atomic<bool> isRegistered{false};
     m_Recorder.OnEach([&] {
-        if (m_Recorder.Notices().size() == 1) {
+        if (!isRegistered) {
             UnRegister();
             m_Adapter.Register(NoticeRecorder::OnNotice);
+            isRegistered = true;
         }
     });
     Start();
     ControlClient(ControlDirectory()).Send("pull left\n");
-    ASSERT_TRUE(m_Recorder.WaitForCount(1));
-    // A session of its own, as after a new start.
-    ASSERT_TRUE(WaitUntil([&] { return m_Adapter.DevicesText() == kBoth; }));
+    ASSERT_TRUE(WaitUntil([&] { return isRegistered.load(); }));
+    EXPECT_EQ(kBoth, m_Adapter.DevicesText()); // everything is as at a start
     EXPECT_EQ("ok", Command("pull right"));
     EXPECT_EQ("- left(l0 l1)", m_Recorder.Notices().back());
 }
@@ -283,6 +284,7 @@ TEST_F(Notice, ACancelledUnRegistrationCanBeRepeated) {
 TEST_F(Notice, TwoHundredPlugsAndPullsAreToldOneByOne) {
     Start();
     ControlClient client(ControlDirectory());
+    ASSERT_NE("", client.Ask("list")); // both ends of the connection are open now
     const size_t descriptors = OpenDescriptors();
     for (int i = 0; i < 200; ++i) {
         ASSERT_EQ("ok", client.Ask("pull left"));

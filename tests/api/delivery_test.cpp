@@ -100,8 +100,8 @@ TEST_F(Delivery, EndsWhenReleaseHasReturned) {
     EXPECT_EQ(KOVAMGR_Release(), 20000);
     EXPECT_FALSE(isInside);
     const size_t told = m_Recorder.Count();
-    EXPECT_FALSE(WaitUntil([&] { return m_Recorder.Count() != told; },
-                           std::chrono::milliseconds(50)));
+    EXPECT_FALSE(
+        WaitUntil([&] { return m_Recorder.Count() != told; }, std::chrono::milliseconds(50)));
 }
 
 TEST_F(Delivery, SurvivesAClosingAndReopening) {

@@ -29,8 +29,8 @@ class HostInitFailure : public HostTest {
     }
 };
 
-class HostWithIncompleteAdapter : public HostTest, public testing::WithParamInterface<const char*> {
-};
+class HostWithIncompleteAdapter : public HostTest,
+                                  public testing::WithParamInterface<const char*> {};
 
 } // namespace
 
@@ -41,6 +41,15 @@ TEST_F(HostInitFailure, WithoutAnAdapterLeavesTheLogFileOnly) {
               Info("Load OSAdapte.dll fail") + Info("ENTER CKOVASMgrPort::Release()"));
     EXPECT_EQ(KOVAMGR_Open(1), 20003);
     fs::rename("hidden", "libOSAdapt.so");
+    ExpectNothingStaysBehind();
+}
+
+TEST_F(HostInitFailure, InADeletedDirectoryFindsNoAdapter) {
+    fs::create_directory("gone");
+    fs::current_path("gone");
+    fs::remove(m_Scratch.Path() + "/gone");
+    EXPECT_EQ(Init(), 20002);
+    fs::current_path(m_Scratch.Path());
     ExpectNothingStaysBehind();
 }
 

@@ -36,11 +36,10 @@ TEST_F(HostInit, OpensTheLogAndFindsThePorts) {
     FakeDevices().Device("Modem").Port("COM1").Port("COM2").Apply(*m_Fake);
     EXPECT_EQ(Init(), 20000);
     EXPECT_EQ(Devices(), (Lines{"Modem: COM1 = 1, COM2 = 2"}));
-    EXPECT_EQ(LogText(m_Scratch), Info("Enter DetermineAddPort()") +
-                                      Info("DetermineAddPort() Enum Device Count=1 !") +
-                                      Info("DetermineAddPort() Port of Device Count=2 !") +
-                                      Info("COM1") + Info("COM2") +
-                                      Info("Leave DetermineAddPort()"));
+    EXPECT_EQ(LogText(m_Scratch),
+              Info("Enter DetermineAddPort()") + Info("DetermineAddPort() Enum Device Count=1 !") +
+                  Info("DetermineAddPort() Port of Device Count=2 !") + Info("COM1") +
+                  Info("COM2") + Info("Leave DetermineAddPort()"));
 }
 
 TEST_F(HostInit, TakesADirectoryWithASeparatorAtItsEnd) {

@@ -34,7 +34,7 @@ class Abandon : public AttachedHost {
     // The thread ends by the cancellation that is pending for it, or by leaving its loop.
     void CheckThatTheThreadEndsQuietly() {
         LetGo();
-        EXPECT_TRUE(WaitUntil([&] { return RunningThreads() == m_Threads; }));
+        EXPECT_TRUE(WaitUntilThreadsAre(m_Threads));
     }
 
     // A notification that waits for the lock that the stuck read thread holds.
@@ -44,8 +44,6 @@ class Abandon : public AttachedHost {
         EXPECT_TRUE(WaitUntil([&] { return LogLines("Enter DetermineAddPort()") == before + 1; }));
         return thread;
     }
-
-    const std::size_t m_Threads = RunningThreads();
 };
 
 } // namespace
@@ -77,7 +75,7 @@ TEST_F(Abandon, AReadThatSpinsInTheAdapterIsLeftAloneAndANewManagerWorks) {
     EXPECT_LE(*seconds, 8.0);
     EXPECT_EQ(1, LogLines("ERRO:"));
     CheckThatANewManagerWorks(); // ends the spinning, too
-    EXPECT_TRUE(WaitUntil([&] { return RunningThreads() == m_Threads; }));
+    EXPECT_TRUE(WaitUntilThreadsAre(m_Threads));
 }
 
 TEST_F(Abandon, ANotificationStuckInsideDoesNotHoldUpTheNextManagersRelease) {

@@ -13,9 +13,9 @@
 #include "tests/harness/fake_adapter_library.h"
 #include "tests/harness/fake_devices.h"
 #include "tests/harness/log_text.h"
-#include "tests/harness/process_counts.h"
 #include "tests/harness/scratch_directory.h"
 #include "tests/harness/wait_until.h"
+#include "tests/system/settled_threads.h"
 
 /// A host of the shared library with the scripted adapter, to which one device with two ports,
 /// COM1 (identifier 1) and COM2 (2), is attached.
@@ -43,6 +43,7 @@ class AttachedHost : public testing::Test {
 
     static std::unique_ptr<_KOVAMGR_DEVICEINFOLIST> Enumerate();
 
+    const std::size_t m_Threads = SettledThreads(); ///< before anything is initialised
     ScratchDirectory m_Scratch{"complete"};
     FakeAdapterLibrary m_Fake;
 };

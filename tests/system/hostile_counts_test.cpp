@@ -54,8 +54,13 @@ INSTANTIATE_TEST_SUITE_P(Counts, HostileDeviceCount,
 
 TEST_P(HostilePortCount, NothingPastTheDeviceIsRead) {
     const unsigned devices = GetParam() > 0 ? 2 : 1;
-    FakeDevices table = FakeDevices::Many(2, 16);
+    FakeDevices table = FakeDevices::Many(1, 1);
+    table.Device("Full", "no name of a port");
+    for (int port = 1; port <= OS_ADAPT_MAX_PORTS; ++port) {
+        table.Port("FULL" + std::to_string(port));
+    }
     CheckThatTheLibraryBears(table.PortCount(GetParam()), devices);
+    EXPECT_EQ(0, LogLines("no name of a port")) << "the text stands behind the last port";
     const std::string line = "Port of Device Count=" + std::to_string(GetParam()) + " !";
     EXPECT_LT(0, LogLines(line)) << "the count is logged as it is";
 }

@@ -5,6 +5,7 @@
 
 #include "KOVASMgrLog.h"
 #include "KOVASMgrPaths.h"
+#include "tests/harness/capture_stdout.h"
 #include "tests/system/attached_host.h"
 
 namespace fs = std::filesystem;
@@ -53,6 +54,7 @@ INSTANTIATE_TEST_SUITE_P(Names, HostileDirectory,
 
 TEST_F(HostilePaths, ADirectoryOfFiveThousandBytesDoesNotExist) {
     const std::string directory(5000, 'd');
+    CaptureStdout output;
     EXPECT_EQ(KOVAMGR_ERR_PARAM, KOVAMGR_Init(directory.c_str()));
     EXPECT_EQ(0, KOVASMGR_LOG_INIT(directory.c_str()));
     std::string nested;
@@ -61,6 +63,7 @@ TEST_F(HostilePaths, ADirectoryOfFiveThousandBytesDoesNotExist) {
     }
     EXPECT_EQ(KOVAMGR_ERR_PARAM, KOVAMGR_Init(nested.c_str()));
     EXPECT_EQ(0, KOVASMGR_LOG_INIT(nested.c_str()));
+    EXPECT_EQ("", output.Text()) << "a path that does not fit is not tried";
     EXPECT_EQ(KOVAMGR_ERR_NOT_INIT, KOVAMGR_Open(1));
     CheckThatANewManagerWorks();
 }

@@ -4,7 +4,6 @@
 
 #include <atomic>
 #include <optional>
-#include <thread>
 
 #include "KOVASMgr.h"
 #include "tests/harness/fake_adapter_library.h"
@@ -13,6 +12,7 @@
 #include "tests/harness/process_counts.h"
 #include "tests/harness/scratch_directory.h"
 #include "tests/harness/wait_until.h"
+#include "tests/system/settled_threads.h"
 
 // A host that is not linked to the library, but loads and unloads it.
 
@@ -33,7 +33,6 @@ void Spin(void*, int) {
 class LoadedLibrary : public testing::Test {
   protected:
     LoadedLibrary() {
-        std::thread([] {}).join(); // a sanitizer's run time keeps one thread from here on
         m_Fake.emplace();
         FakeDevices::Many(1, 1).Apply(**m_Fake);
     }
@@ -90,6 +89,7 @@ class LoadedLibrary : public testing::Test {
         Unload();
     }
 
+    const std::size_t m_Threads = SettledThreads();
     ScratchDirectory m_Scratch{"complete"};
     std::optional<FakeAdapterLibrary> m_Fake;
     void* m_Handle = nullptr;
@@ -100,13 +100,12 @@ class LoadedLibrary : public testing::Test {
 TEST_F(LoadedLibrary, IsReallyUnloadedAfterTheReleaseAndLeavesNothingBehind) {
     LoadUseAndUnload(); // what the C library allocates once is allocated
     const std::size_t descriptors = OpenDescriptors();
-    const std::size_t threads = RunningThreads();
     for (int life = 0; life < 5; ++life) {
         LoadUseAndUnload();
         EXPECT_FALSE(IsLoaded());
         EXPECT_FALSE(IsMapped("libKOVASMgr"));
         EXPECT_EQ(descriptors, OpenDescriptors());
-        EXPECT_EQ(threads, RunningThreads());
+        EXPECT_TRUE(WaitUntilThreadsAre(m_Threads));
     }
 }
 
@@ -129,7 +128,6 @@ TEST_F(LoadedLibrary, IsUnloadedWithoutEverHavingBeenInitialised) {
 }
 
 TEST_F(LoadedLibrary, StaysMappedAfterAnAbandonmentUntilTheProcessEnds) {
-    const std::size_t threads = RunningThreads();
     Load();
     InitAndOpen();
     Register(Spin);
@@ -140,7 +138,7 @@ TEST_F(LoadedLibrary, StaysMappedAfterAnAbandonmentUntilTheProcessEnds) {
     EXPECT_TRUE(IsMapped("libKOVASMgr")) << "its thread is inside";
     EXPECT_TRUE(FakeAdapterLibrary::IsLoaded());
     s_MustStay = false;
-    EXPECT_TRUE(WaitUntil([&] { return RunningThreads() == threads; }));
+    EXPECT_TRUE(WaitUntilThreadsAre(m_Threads));
     m_Fake.emplace();
     LoadUseAndUnload();
 }

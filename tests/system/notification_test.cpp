@@ -14,6 +14,7 @@ std::atomic<int> s_LateCalls{0};
 
 void CountCall(_KOVAMGR_DEV_STATE_TYPE_) {
     ++s_Calls;
+    KOVAMGR_GetPortState(0); // also while a release begins
     if (s_IsReleased) {
         ++s_LateCalls;
     }
@@ -52,11 +53,11 @@ void LetOut() {
     s_Changed.notify_all();
 }
 
-class Notification : public AttachedHost {};
+class NotificationAtAnyTime : public AttachedHost {};
 
 } // namespace
 
-TEST_F(Notification, BeforeTheNextInitAndAfterTheReleaseItReachesNobody) {
+TEST_F(NotificationAtAnyTime, BeforeTheNextInitAndAfterTheReleaseItReachesNobody) {
     m_Fake->KeepNotifyingAfterUnRegister(true);
     ASSERT_EQ(KOVAMGR_OK, Init());
     ASSERT_EQ(KOVAMGR_OK, KOVAMGR_RegisterDeviceStateProcessCallback(CountCall));
@@ -74,7 +75,7 @@ TEST_F(Notification, BeforeTheNextInitAndAfterTheReleaseItReachesNobody) {
     EXPECT_EQ(1, s_Calls) << "callbacks of the released manager were told";
 }
 
-TEST_F(Notification, OneThatArrivesInsideTheUnRegistrationIsServed) {
+TEST_F(NotificationAtAnyTime, OneThatArrivesInsideTheUnRegistrationIsServed) {
     m_Fake->SetHook(FakeCall::kUnRegister, [this] { m_Fake->Notify(OS_ADAPT_DEVICE_INSERT); });
     m_Fake->KeepNotifyingAfterUnRegister(true);
     ASSERT_EQ(KOVAMGR_OK, Init());
@@ -85,7 +86,8 @@ TEST_F(Notification, OneThatArrivesInsideTheUnRegistrationIsServed) {
     EXPECT_EQ(0U, m_Fake->OpenHandles());
 }
 
-TEST_F(Notification, AStreamOfThemDuringTwentyCyclesOfInitAndReleaseReachesNoReleasedHost) {
+TEST_F(NotificationAtAnyTime,
+       AStreamOfThemDuringTwentyCyclesOfInitAndReleaseReachesNoReleasedHost) {
     m_Fake->KeepNotifyingAfterUnRegister(true);
     std::atomic<bool> isDone{false};
     std::atomic<int> sent{0};
@@ -110,7 +112,7 @@ TEST_F(Notification, AStreamOfThemDuringTwentyCyclesOfInitAndReleaseReachesNoRel
     EXPECT_EQ(0, s_LateCalls);
 }
 
-TEST_F(Notification, ReleaseWaitsForADeviceStateCallbackThatIsStillRunning) {
+TEST_F(NotificationAtAnyTime, ReleaseWaitsForADeviceStateCallbackThatIsStillRunning) {
     ASSERT_EQ(KOVAMGR_OK, Init());
     ASSERT_EQ(KOVAMGR_OK, KOVAMGR_RegisterDeviceStateProcessCallback(Stay));
     std::thread notification([this] { m_Fake->Notify(OS_ADAPT_DEVICE_INSERT); });
@@ -131,7 +133,7 @@ TEST_F(Notification, ReleaseWaitsForADeviceStateCallbackThatIsStillRunning) {
     EXPECT_EQ(0, s_LateCalls);
 }
 
-TEST_F(Notification, OneInsideAnotherDoesNotHoldUpAReleaseThatWaitsForBoth) {
+TEST_F(NotificationAtAnyTime, OneInsideAnotherDoesNotHoldUpAReleaseThatWaitsForBoth) {
     s_Adapter = &*m_Fake;
     m_Fake->KeepNotifyingAfterUnRegister(true);
     ASSERT_EQ(KOVAMGR_OK, Init());

@@ -7,6 +7,7 @@
 #include <thread>
 
 #include "KOVASMgrLog.h"
+#include "tests/harness/process_counts.h"
 #include "tests/system/attached_host.h"
 #include "tests/system/stuck_callbacks.h"
 
@@ -177,13 +178,12 @@ TEST_F(ProcessEndDeathTest, ReleaseInAnAtExitHandler) {
 TEST_F(ProcessEnd, AHundredCyclesOfInitAndReleaseLeaveNoDescriptorAndNoThread) {
     CheckThatANewManagerWorks(); // opens the log, which stays open
     const std::size_t descriptors = OpenDescriptors();
-    const std::size_t threads = RunningThreads();
     for (int cycle = 0; cycle < 100; ++cycle) {
         InitAndOpen();
-        EXPECT_EQ(threads + 1, RunningThreads());
+        EXPECT_TRUE(WaitUntilThreadsAre(m_Threads + 1));
         EXPECT_EQ(KOVAMGR_OK, KOVAMGR_Release());
     }
     EXPECT_EQ(descriptors, OpenDescriptors());
-    EXPECT_EQ(threads, RunningThreads());
+    EXPECT_TRUE(WaitUntilThreadsAre(m_Threads));
     EXPECT_EQ(0U, m_Fake->OpenHandles());
 }

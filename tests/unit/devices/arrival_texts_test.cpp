@@ -14,8 +14,8 @@ class PortNameInTheLog : public ManagerTest {
         FakeDevices().Device("Modem").Port(name).Apply(*m_Fake);
         m_Manager.DetermineAddPort();
         const std::string log = NewLog();
-        const std::string before = Info("DetermineAddPort() Port of Device Count=1 !") +
-                                   "[TIME] INFO:";
+        const std::string before =
+            Info("DetermineAddPort() Port of Device Count=1 !") + "[TIME] INFO:";
         const std::string after = "\n" + Info("Leave DetermineAddPort()");
         const size_t start = log.find(before);
         const size_t end = log.find(after);
@@ -87,8 +87,8 @@ TEST_F(PortNameInTheLog, IsKeptUnformattedInItsRecord) {
 
 TEST_F(PortNameInTheLog, WithConversionsReadsAndWritesNoForeignMemory) {
     LoadWith(FakeDevices());
-    for (const char* name : {"%s", "%n", "%s%s%s%s%n%n%n%n", "%hhn", "%ls", "%p", "%", "a%",
-                             "%.*s", "%1$s", "%1$n", "% %"}) {
+    for (const char* name : {"%s", "%n", "%s%s%s%s%n%n%n%n", "%hhn", "%ls", "%p", "%", "a%", "%.*s",
+                             "%1$s", "%1$n", "% %"}) {
         const std::string log = LogOf(name);
         EXPECT_LE(log.size(), 255u) << name;
         EXPECT_EQ(log.find("no such line"), std::string::npos) << log;

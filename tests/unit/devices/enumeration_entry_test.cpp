@@ -31,8 +31,8 @@ TEST(EnumeratedText, MayBeEmpty) {
 
 TEST(EnumeratedCount, OfDevicesLiesBetweenNoneAnd64) {
     _OS_ADAPT_DEVICEPORTLIST list = {};
-    const std::pair<int, int> cases[] = {{INT_MIN, 0}, {-1, 0},  {0, 0},
-                                         {1, 1},       {64, 64}, {65, 64}, {INT_MAX, 64}};
+    const std::pair<int, int> cases[] = {{INT_MIN, 0}, {-1, 0},  {0, 0},       {1, 1},
+                                         {64, 64},     {65, 64}, {INT_MAX, 64}};
     for (const auto& [reported, used] : cases) {
         list.nDeviceCount = reported;
         EXPECT_EQ(BoundedDeviceCount(list), used) << reported;
@@ -41,8 +41,8 @@ TEST(EnumeratedCount, OfDevicesLiesBetweenNoneAnd64) {
 
 TEST(EnumeratedCount, OfPortsLiesBetweenNoneAnd16) {
     _OS_ADAPT_DEVICEPORTINFO device = {};
-    const std::pair<int, int> cases[] = {{INT_MIN, 0}, {-1, 0},  {0, 0},
-                                         {1, 1},       {16, 16}, {17, 16}, {INT_MAX, 16}};
+    const std::pair<int, int> cases[] = {{INT_MIN, 0}, {-1, 0},  {0, 0},       {1, 1},
+                                         {16, 16},     {17, 16}, {INT_MAX, 16}};
     for (const auto& [reported, used] : cases) {
         device.nPortCount = reported;
         EXPECT_EQ(BoundedPortCount(device), used) << reported;

@@ -76,9 +76,8 @@ TEST_F(Notification, OfAnyStatusAdds20200) {
 TEST_F(Notification, IsAnsweredWithZeroWhateverTheStatus) {
     InitWith(FakeDevices());
     for (const int status : {0, 1, 5}) {
-        EXPECT_EQ(CKOVASMgrPort::ProcessDeviceState(
-                      static_cast<_OS_ADAPT_DEVICESTATUS_TYPE>(status)),
-                  0);
+        EXPECT_EQ(
+            CKOVASMgrPort::ProcessDeviceState(static_cast<_OS_ADAPT_DEVICESTATUS_TYPE>(status)), 0);
     }
 }
 

@@ -40,8 +40,8 @@ TEST(DeletingFromTheTree, AnUnknownNumberInAnEmptyTreeIsNothing) {
 }
 
 TEST(DeletingFromTheTree, TheFirstPortOfThatNumberGoesFromEachDevice) {
-    std::vector<_COMM_MGR_DEVICE_INFO_> devices = {
-        Device("a", {Port(7, "A1"), Port(7, "A2")}), Device("b", {Port(1, "B1"), Port(7, "B2")})};
+    std::vector<_COMM_MGR_DEVICE_INFO_> devices = {Device("a", {Port(7, "A1"), Port(7, "A2")}),
+                                                   Device("b", {Port(1, "B1"), Port(7, "B2")})};
     EXPECT_EQ(DeleteFromTree(7, devices), (std::vector<std::string>{"A1", "B2"}));
     EXPECT_EQ(Names(devices.at(0).vecPorts), (std::vector<std::string>{"A2"}));
     EXPECT_EQ(Names(devices.at(1).vecPorts), (std::vector<std::string>{"B1"}));

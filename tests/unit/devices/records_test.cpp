@@ -69,9 +69,8 @@ TEST(PortLookup, PortNamesAreComparedByteForByte) {
 }
 
 TEST(DeviceLookup, TheFirstDeviceOfANameIsTheOne) {
-    std::vector<_COMM_MGR_DEVICE_INFO_> devices = {Device("reader", {Port(1)}),
-                                                   Device("Reader", {Port(2)}),
-                                                   Device("Reader", {Port(3)})};
+    std::vector<_COMM_MGR_DEVICE_INFO_> devices = {
+        Device("reader", {Port(1)}), Device("Reader", {Port(2)}), Device("Reader", {Port(3)})};
     EXPECT_EQ(FindDeviceByName(devices, "Reader")->vecPorts.at(0).nPortID, 2);
     EXPECT_EQ(FindDeviceByName(devices, "READER"), devices.end());
 }

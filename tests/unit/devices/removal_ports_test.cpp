@@ -93,15 +93,11 @@ TEST_F(PortRemoval, TheDeviceThatMovesUpIsComparedWithTheEntryOfTheRemovedOne) {
 TEST_F(PortRemoval, TheScanGoesOnBehindTheDeviceThatMovedUp) {
     // The entry of "A" names the port of "B": "B" stays and "C" is looked at with its own entry.
     LoadWith(FakeDevices().Device("A").Port("A1").Device("B").Port("B1").Device("C").Port("C1"));
-    EXPECT_EQ(Leave(FakeDevices()
-                        .Device("A")
-                        .Port("B1")
-                        .Port("X")
-                        .Device("B")
-                        .Port("B1")
-                        .Device("C")
-                        .Port("C1")),
-              Deleted("A1"));
+    EXPECT_EQ(
+        Leave(
+            FakeDevices().Device("A").Port("B1").Port("X").Device("B").Port("B1").Device("C").Port(
+                "C1")),
+        Deleted("A1"));
     EXPECT_EQ(TreeLines(), (Lines{"B: B1", "C: C1"}));
 }
 
@@ -146,7 +142,8 @@ TEST_F(PortRemoval, ByAnUnknownIdentifierStillDropsDevicesWithoutPorts) {
 }
 
 TEST_F(PortRemoval, ByASharedIdentifierRemovesOnePreparedPortAndOneOfEachDevice) {
-    LoadWith(FakeDevices().Device("A").Port("A1", 7).Port("A2").Device("B").Port("B1", 7).Port("B2"));
+    LoadWith(
+        FakeDevices().Device("A").Port("A1", 7).Port("A2").Device("B").Port("B1", 7).Port("B2"));
     CaptureStdout output;
     m_Manager.DeletePreparedPortAt(7);
     EXPECT_EQ(output.Text(), Deleted("A1") + Deleted("B1"));

@@ -63,8 +63,7 @@ TEST_F(ReadCallbackRegistration, TwiceSucceedsAndTheCallbackIsCalledOnceForAChun
     m_Fake->PushData("COM1", "b");
     ASSERT_EQ(m_Manager.Open(1), 20000);
     ASSERT_TRUE(WaitUntil([&] { return m_Recorder.Count() >= 4; }));
-    EXPECT_EQ(m_Recorder.Told(),
-              (Lines{"read 1: a", "read 2: a", "read 1: b", "read 2: b"}));
+    EXPECT_EQ(m_Recorder.Told(), (Lines{"read 1: a", "read 2: a", "read 1: b", "read 2: b"}));
 }
 
 TEST_F(ReadCallbackRegistration, IsUndoneWithTheRestInItsOrder) {

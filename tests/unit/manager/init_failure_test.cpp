@@ -17,8 +17,9 @@ class ManagerInitFailure : public ManagerTest {
 
     // Whether another thread gets the port lock.
     bool IsLockFree() {
-        return std::async(std::launch::async, [this] { return m_Manager.GetPortState(1); })
-                   .wait_for(std::chrono::seconds(10)) == std::future_status::ready;
+        return std::async(std::launch::async, [this] {
+                   return m_Manager.GetPortState(1);
+               }).wait_for(std::chrono::seconds(10)) == std::future_status::ready;
     }
 };
 
@@ -94,8 +95,8 @@ TEST_F(ManagerInitFailure, AReadThreadThatDidNotStartIsReleasedAllTheSame) {
     }
     NewLog();
     EXPECT_EQ(m_Manager.Release(), 20000);
-    EXPECT_EQ(NewLog(), Info("ENTER CKOVASMgrPort::Release()") +
-                            Info("LEAVE CKOVASMgrPort::Release()"));
+    EXPECT_EQ(NewLog(),
+              Info("ENTER CKOVASMgrPort::Release()") + Info("LEAVE CKOVASMgrPort::Release()"));
     EXPECT_EQ(m_Fake->Journal(), (Lines{"Enum 4", "UnRegister"}));
 }
 

@@ -8,8 +8,8 @@
 namespace {
 
 std::string ScanOfNothing() {
-    return Info("Enter DetermineAddPort()") +
-           Info("DetermineAddPort() Enum Device Count=0 !") + Info("Leave DetermineAddPort()");
+    return Info("Enter DetermineAddPort()") + Info("DetermineAddPort() Enum Device Count=0 !") +
+           Info("Leave DetermineAddPort()");
 }
 
 class ManagerInit : public ManagerTest {

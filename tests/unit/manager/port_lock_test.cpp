@@ -69,8 +69,7 @@ class PortLock : public ManagerTest, public testing::WithParamInterface<PortOper
 
 } // namespace
 
-INSTANTIATE_TEST_SUITE_P(Through, PortLock, testing::ValuesIn(PortOperations()),
-                         OperationName);
+INSTANTIATE_TEST_SUITE_P(Through, PortLock, testing::ValuesIn(PortOperations()), OperationName);
 
 TEST_P(PortLock, IsHeldWhileTheAdapterIsCalled) {
     m_Fake->Block(GetParam().call, FakeBlock::kInRead);

@@ -37,6 +37,17 @@ TEST_F(PortRead, FromNoHandleFailsAndLeavesTheErrorVariable) {
     EXPECT_EQ(m_Fake->Calls(FakeCall::kRead), 0);
 }
 
+TEST_F(PortRead, TakesTheLower32BitsOfAHandle) {
+    LoadWith(FakeDevices());
+    const auto read = [this](uintptr_t handle) {
+        return m_Manager.Read(reinterpret_cast<void*>(handle), m_Buffer, 8, &m_nResult);
+    };
+    EXPECT_EQ(read(0xffffffffu), -1) << "-1 without its sign";
+    EXPECT_EQ(m_Fake->Calls(FakeCall::kRead), 0);
+    EXPECT_EQ(read(0xfffffffeu), 0);
+    EXPECT_EQ(m_Fake->Calls(FakeCall::kRead), 1);
+}
+
 TEST_F(PortRead, ReturnsWhatTheAdapterHasForTheHandle) {
     LoadWith(FakeDevices().Device("Modem").Port("COM1"));
     m_Fake->SetHandle("COM1", 42);

@@ -58,6 +58,14 @@ TEST_F(PortWrite, HandsTheBytesToTheAdapterAndReturnsTheirCount) {
     EXPECT_EQ(NewLog(), "");
 }
 
+TEST_F(PortWrite, OfWhichTheAdapterTakesNothingReturnsZero) {
+    InitWith(FakeDevices().Device("Modem").Port("COM1"));
+    ASSERT_EQ(m_Manager.Open(1), 20000);
+    m_Fake->SetWriteCount(0);
+    EXPECT_EQ(Write(1, "abc"), 0);
+    EXPECT_EQ(m_nResult, kUntouched);
+}
+
 TEST_F(PortWrite, ReturnsTheCountThatTheAdapterReportsInOneCall) {
     InitWith(FakeDevices().Device("Modem").Port("COM1"));
     ASSERT_EQ(m_Manager.Open(1), 20000);

@@ -15,7 +15,6 @@ const std::string kExit = Info("ReadThread() Exit \n");
 class ManagerRelease : public ManagerTest {
   protected:
     bool IsThreadRunning() { return ManagerProbe::ReadThreadObject(m_Manager).IsRunning(); }
-
 };
 
 } // namespace

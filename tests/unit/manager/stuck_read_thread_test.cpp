@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: MIT
 //
 // What Release does about a read thread that does not leave its loop.
+#include <atomic>
 #include <chrono>
 #include <thread>
 
+#include "tests/harness/process_counts.h"
 #include "tests/unit/manager/manager_test.h"
 
 namespace {
@@ -44,8 +46,7 @@ TEST_F(StuckReadThread, BlockedInTheAdapterIsKilledFourToSixSecondsLater) {
     EXPECT_EQ(m_Fake->Journal(), (Lines{"Close 1", "UnRegister"})) << "the lock was taken over";
     EXPECT_EQ(NewLog(), Info("ENTER CKOVASMgrPort::Release()") +
                             Info("Begin m_ReadThread.EndThread()") +
-                            Info("End m_ReadThread.EndThread()") +
-                            Info("Close port:1 succeeded.") +
+                            Info("End m_ReadThread.EndThread()") + Info("Close port:1 succeeded.") +
                             Info("LEAVE CKOVASMgrPort::Release()"));
 }
 
@@ -93,9 +94,9 @@ TEST_F(StuckReadThread, ThatCannotBeKilledKeepsItsManagerAndTheNextOneIsAnother)
     EXPECT_NE(next, &m_Manager);
     ASSERT_EQ(next->Init(), 20000);
 
+    const size_t threads = RunningThreads();
     m_Fake->Unblock();
-    EXPECT_TRUE(WaitUntil(
-        [this] { return !ManagerProbe::ReadThreadObject(m_Manager).IsRunning(); }));
+    EXPECT_TRUE(WaitUntil([&] { return RunningThreads() < threads; })) << "it ends unharmed";
 
     m_Fake->PushData("COM2", "hello");
     ASSERT_EQ(next->RegisterReadCallBack(2, OnRead<1>), 20000);
@@ -110,11 +111,39 @@ TEST_F(StuckReadThread, ThatCannotBeKilledShutsNotificationsOut) {
     EXPECT_TRUE(m_Fake->Journal().empty());
 }
 
-TEST_F(StuckReadThread, ThatCannotBeKilledKeepsTheAdapterLoaded) {
-    GetStuck(FakeBlock::kInMutex);
-    CKOVASMgrPort::ReleaseInstance();
-    EXPECT_NE(ManagerProbe::OSAdaptLib(m_Manager)->resolve("OS_ADAPT_Read"), nullptr);
+TEST_F(StuckReadThread, ThatCannotBeKilledEndsANotificationThatWaitsForItWithoutTellingAnybody) {
+    GetStuck(FakeBlock::kInSpin);
+    ASSERT_EQ(m_Manager.RegisterDeviceStateProcessCallback(OnState<1>), 20000);
+    std::thread notifier([this] { m_Fake->Notify(0); });
+    ASSERT_TRUE(WaitUntil(
+        [this] { return CountOf(LogText(m_Scratch), Info("Enter DetermineAddPort()")) == 2; }));
+    ASSERT_EQ(m_Manager.Release(), 20000);
     m_Fake->Unblock();
-    EXPECT_TRUE(WaitUntil(
-        [this] { return !ManagerProbe::ReadThreadObject(m_Manager).IsRunning(); }));
+    notifier.join();
+    EXPECT_EQ(CountOf(LogText(m_Scratch), Info("Leave DetermineAddPort()")), 2);
+    EXPECT_EQ(m_Recorder.Count(), 0u);
+}
+
+TEST_F(StuckReadThread, ThatWaitsForALockOfTheAdapterCannotBeKilledAndKeepsItLoaded) {
+    InitWith(FakeDevices().Device("Modem").Port("COM1"));
+    std::atomic<bool> isHeld{false};
+    std::atomic<bool> mayLetGo{false};
+    std::thread holder([&] {
+        m_Fake->Block(FakeCall::kRead, FakeBlock::kInMutex);
+        isHeld = true;
+        WaitUntil([&] { return mayLetGo.load(); }, std::chrono::seconds(30));
+        m_Fake->Unblock();
+    });
+    ASSERT_TRUE(WaitUntil([&] { return isHeld.load(); }));
+    ASSERT_EQ(m_Manager.Open(1), 20000);
+    ASSERT_TRUE(WaitUntil([this] { return m_Fake->Blocked() == 1; }));
+
+    CKOVASMgrPort::ReleaseInstance();
+
+    EXPECT_EQ(m_Fake->Blocked(), 1);
+    EXPECT_NE(ManagerProbe::OSAdaptLib(m_Manager)->resolve("OS_ADAPT_Read"), nullptr);
+    const size_t threads = RunningThreads();
+    mayLetGo = true;
+    holder.join();
+    EXPECT_TRUE(WaitUntil([&] { return RunningThreads() + 1 < threads; }));
 }

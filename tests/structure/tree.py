@@ -28,7 +28,7 @@ def code(root, path):
         if text[0] == "/":
             return " " + "\n" * text.count("\n")
         if text[0] == "'" and text[-1] == "'" and len(text) > 4:
-            return text  # a digit separator's neighbourhood, not a character
+            return text  # what stands between two digit separators is no character
         return text[0] + text[-1]
 
     return _TOKENS.sub(blank, (root / path).read_text(encoding="utf-8"))

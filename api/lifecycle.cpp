@@ -7,6 +7,7 @@
 #include "KOVASMgr.h"
 #include "KOVASMgrLog.h"
 #include "api/state.h"
+#include "common/cancel_shield.h"
 #include "common/jdir.h"
 #include "manager/callback_scope.h"
 
@@ -20,6 +21,10 @@ void DropManager() {
 }
 
 int StartManager() {
+    if (CallbackScope::IsActive()) {
+        ERRO_LOG("KOVAMGR_Init makes no manager when it is called from a callback.");
+        return KOVAMGR_ERR_OSADAPT; // a callback of a manager that was left alone
+    }
     try {
         g_pMgrPort = CKOVASMgrPort::GetInstance();
         if (g_pMgrPort->Init() == KOVAMGR_OK) {
@@ -51,6 +56,7 @@ int KOVAMGR_Init(const char* logDir) {
     if (logDir == nullptr || logDir[0] == '\0') {
         return KOVAMGR_ERR_PARAM;
     }
+    CancelShield shield;
     try {
         return InitIn(logDir);
     } catch (const std::bad_alloc&) {
@@ -59,6 +65,7 @@ int KOVAMGR_Init(const char* logDir) {
 }
 
 int KOVAMGR_Release(void) {
+    CancelShield shield;
     if (CallbackScope::IsActive()) {
         ERRO_LOG("KOVAMGR_Release does nothing when it is called from a callback.");
         return KOVAMGR_OK;

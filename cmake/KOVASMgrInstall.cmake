@@ -1,6 +1,5 @@
 # SPDX-License-Identifier: MIT
-# The library, its headers, and the adapters one directory each. Where no adapter lies in a host's own
-# directory, the library looks in <libdir>/kovasmgr.
+# The library and its headers.
 install(TARGETS KOVASMgr LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
 install(FILES
   include/KOVASMgr.h include/KOVASMgrExport.h include/KOVASMgrLog.h include/KOVASMgrPaths.h

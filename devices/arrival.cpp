@@ -27,8 +27,7 @@ std::string FormattedWithoutArguments(const std::string& format) {
 void CKOVASMgrPort::DetermineAddPort() {
     INFO_LOG("Enter DetermineAddPort()");
     JMutexGuard lock(m_PortMutex);
-    if (!AllResolved()) {
-        INFO_LOG("Getting interface of %s failed.", "OS_ADAPT_EnumDevicePortInfo");
+    if (!CanEnumerate()) {
         return;
     }
     _OS_ADAPT_DEVICEPORTLIST list = {};
@@ -36,6 +35,19 @@ void CKOVASMgrPort::DetermineAddPort() {
         AddNewPorts(list);
     }
     INFO_LOG("Leave DetermineAddPort()");
+}
+
+// An abandoned manager's rescan may get the lock long after; the adapter is another manager's then.
+// And the functions of an adapter that was unloaded are still in the table.
+bool CKOVASMgrPort::CanEnumerate() const {
+    if (m_bAbandoned) {
+        return false;
+    }
+    if (m_pOSAdaptLib == nullptr || !AllResolved()) {
+        INFO_LOG("Getting interface of %s failed.", "OS_ADAPT_EnumDevicePortInfo");
+        return false;
+    }
+    return true;
 }
 
 void CKOVASMgrPort::AddNewPorts(const _OS_ADAPT_DEVICEPORTLIST& list) {

@@ -36,8 +36,7 @@ bool HasPort(const _OS_ADAPT_DEVICEPORTINFO& device, const _PORT_& port) {
 void CKOVASMgrPort::DetermineSubtractPort() {
     INFO_LOG("Enter DetermineSubtractPort()");
     JMutexGuard lock(m_PortMutex);
-    if (!AllResolved()) {
-        INFO_LOG("Getting interface of %s failed.", "OS_ADAPT_EnumDevicePortInfo");
+    if (!CanEnumerate()) {
         return;
     }
     _OS_ADAPT_DEVICEPORTLIST list = {};
@@ -81,7 +80,7 @@ void CKOVASMgrPort::RemovePortsMissingFrom(const _OS_ADAPT_DEVICEPORTINFO& prese
         }
         const int portID = port.nPortID;
         if (port.hPort != OS_ADAPT_NO_HANDLE) {
-            Close(portID);
+            CloseByID(portID);
         }
         DeletePreparedPortAt(portID);
         p = 0;
@@ -101,7 +100,7 @@ void CKOVASMgrPort::ReleaseDevicePorts(const char* deviceName) {
         }
         const int portID = port.nPortID;
         if (port.hPort != OS_ADAPT_NO_HANDLE) {
-            Close(portID);
+            CloseByID(portID);
         }
         DeletePreparedPortAt(portID);
         i = 0;

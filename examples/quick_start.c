@@ -31,29 +31,36 @@ static int ListPorts(void) {
         printf("%s (%s)\n", device->szDeviceName, device->szDeviceText);
         for (uint32_t p = 0; p < device->nPortCount; ++p) {
             printf("  %d: %s\n", (int)device->stPort[p].nPortID, device->stPort[p].szPortName);
-            first = first < 0 ? device->stPort[p].nPortID : first;
+            first = first < 0 ? (int)device->stPort[p].nPortID : first;
         }
     }
     free(list);
     return first;
 }
 
-int main(int argc, char** argv) {
-    const char* text = argc > 1 ? argv[1] : "ATI\r";
+static int Fail(const char* what, long code) {
+    fprintf(stderr, "quick_start: %s (%ld), see KOVASMgr.log\n", what, code);
+    KOVAMGR_Release();
+    return 1;
+}
+
+int main(void) {
+    const char text[] = "ATI\r";
+    const int length = (int)strlen(text); /* at most 16,384 bytes a call */
     long reason = 0;
     int result = KOVAMGR_Init("."); /* KOVASMgr.log goes here, libOSAdapt.so is loaded from here */
-    if (result != KOVAMGR_OK) {
-        fprintf(stderr, "quick_start: no adapter (%d), see KOVASMgr.log\n", result);
-        return 1;
-    }
+    if (result != KOVAMGR_OK)
+        return Fail("no adapter", result);
     int port = ListPorts();
+    if (port < 0)
+        return Fail("no port", port);
     KOVAMGR_RegisterDeviceStateProcessCallback(OnDevices);
     KOVAMGR_RegisterCommDataReadCallback(OnData, port);
-    result = port < 0 ? KOVAMGR_ERR_PARAM : KOVAMGR_Open(port);
-    if (result == KOVAMGR_OK &&
-        KOVAMGR_Write(port, text, (long)strlen(text), 0, &reason) == (int)strlen(text)) {
-        sleep(1); /* the answer arrives through OnData */
-    }
+    if ((result = KOVAMGR_Open(port)) != KOVAMGR_OK)
+        return Fail("port not opened", result);
+    if (KOVAMGR_Write(port, text, length, 0, &reason) != length)
+        return Fail("line not sent", reason);
+    sleep(1); /* the answer arrives through OnData */
     KOVAMGR_Release();
-    return result == KOVAMGR_OK && reason == 0 ? 0 : 1;
+    return 0;
 }

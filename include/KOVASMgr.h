@@ -184,14 +184,16 @@ KOVASMGR_API int KOVAMGR_Init(const char* logDir);
  *
  * Returns KOVAMGR_OK, always, also when the library is not initialised.
  *
- * A read thread that does not leave its loop (a callback or an adapter that blocks) is killed after
- * 4 to 6 seconds by thread cancellation. That reaches a thread which is blocked in a cancellation
+ * A read thread that does not leave its loop (a read callback or a read that blocks) is killed
+ * after 4 to 6 seconds by thread cancellation. That reaches a thread which is blocked in a cancellation
  * point (read, write, poll, nanosleep, a wait on a condition ...). It does not reach one that spins
  * or waits for a mutex or for flock, and a thread whose stack holds a catch (...) without rethrow,
  * a noexcept function or frames of another language's run time must not be cancelled at all. A
  * thread that does not die within a further second is left alone: one ERRO line in the log, its
  * ports stay open, adapter and library stay loaded, and KOVAMGR_Init builds a new manager beside
- * it.
+ * it. A callback that lives on in this way must not call the library any more; a device notice that
+ * was under way may still end. For device-state callbacks, and for the adapter's other calls,
+ * KOVAMGR_Release waits without a limit.
  *
  * Threads: one thread, while no other is inside the library. It waits for callbacks that are
  * running. Not from a callback; called there all the same, it writes one ERRO line to the log and
@@ -301,6 +303,7 @@ KOVASMGR_API int KOVAMGR_Close(int port);
  * Returns, in the order of the checks:
  *   KOVAMGR_ERR_PARAM      data is null, port negative or length 0 or less
  *   KOVAMGR_ERR_NOT_INIT   not initialised
+ *   -1 *                   being released: *result is KOVAMGR_ERR_NOT_INIT
  *   -1 *                   no port has this identifier: *result is KOVAMGR_ERR_PARAM
  *   KOVAMGR_ERR_NO_HANDLE  the port is not open
  *   -1 *                   the adapter failed: *result is KOVAMGR_ERR_OSADAPT

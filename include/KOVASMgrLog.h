@@ -26,8 +26,8 @@ KOVASMGR_BEGIN_DECLS
 /*
  * Opens "KOVASMgr.log" in a directory and sets its mode to 0777.
  *
- * dir  with or without a '/' (or '\') at its end, borrowed for the call. Null: the current
- *      directory. Empty: the root directory.
+ * dir  with or without a '/' (or '\') at its end, borrowed for the call. Empty: the root directory.
+ *      Null: as INIT_LOG("KOVASMgr.log", false), so the current directory in a fresh process.
  *
  * Returns 0 when the path does not fit in 4,499 bytes or the file cannot be opened, else 1. The
  * same path as before: 1, and nothing is done.
@@ -43,6 +43,7 @@ KOVASMGR_API int KOVASMGR_LOG_INIT(const char* dir);
  *
  * Returns 0 when path is null or the file cannot be opened, else 1. An unchanged path: 1, and
  * nothing is done.
+ * Note: a path that is not full also refreshes the buffer of GetCurrentPath.
  * Note: the stream in use before is dropped without being closed.
  */
 KOVASMGR_API int INIT_LOG(const char* path, bool isFullPath);

@@ -36,8 +36,7 @@ class KOVASMGR_API CWRITE_LOG {
     /// @param isFullPath  true: path is the file. False: path is appended to the path in use,
     ///                    without a separator.
     /// @return false when path is null; true when the path is unchanged (nothing is done, even if
-    /// no
-    ///         file is open); else whether the file is open now.
+    ///         no file is open); else whether the file is open now.
     /// @note The stream in use before is dropped without being closed.
     bool init(const char* path, bool isFullPath);
 

@@ -15,7 +15,8 @@
  * Each rule says what happens when it is broken, and who can notice.
  *
  *  R1  The seven functions may be called from any thread; one at a time, except that the
- *      registration pair and notifications may overlap with all others.
+ *      registration pair and notifications may overlap with all others. A call that never returned
+ *      may still be inside when a later manager calls.
  *      Broken: races inside the adapter. Noticed by: a race detector.
  *  R2  Never notify from inside one of the seven.
  *      Broken: the rescan runs in the middle of the manager's own operation. Noticed by: an adapter

@@ -5,8 +5,8 @@
 
 #include "KOVASMgrLog.h"
 #include "KOVASMgrPaths.h"
+#include "common/cancel_shield.h"
 #include "common/jmutex_guard.h"
-#include "log/cancel_shield.h"
 
 namespace {
 
@@ -106,6 +106,7 @@ int CWRITE_LOG::PrintLog(LOG_LEVEL level, const char* text) {
 }
 
 void CWRITE_LOG::Close() {
+    CancelShield shield;
     JMutexGuard lock(m_Mutex);
     if (m_pFile != nullptr) {
         std::fclose(m_pFile);

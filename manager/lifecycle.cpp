@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+#include <cxxabi.h>
+
 #include "KOVASMgrLog.h"
 #include "common/jmutex_guard.h"
 #include "manager/notification_gate.h"
@@ -12,6 +14,17 @@ namespace {
 OS_ADAPT_STATUS_CALLBACK NotificationEntry() {
     return reinterpret_cast<OS_ADAPT_STATUS_CALLBACK>(
         reinterpret_cast<void (*)()>(&CKOVASMgrPort::ProcessDeviceState));
+}
+
+// While everything ends, an adapter that throws has merely failed, and the next step follows.
+template <typename Call> void EvenIfItThrows(Call call) {
+    try {
+        call();
+    } catch (abi::__forced_unwind&) {
+        throw; // thread cancellation must pass
+    } catch (...) {
+        ERRO_LOG("The adapter threw an exception while the manager was released.");
+    }
 }
 
 } // namespace
@@ -110,7 +123,8 @@ bool CKOVASMgrPort::StopReadThread() {
 void CKOVASMgrPort::CloseAllPorts() {
     for (size_t i = 0; i < m_stPreparedPorts.size(); ++i) {
         if (m_stPreparedPorts[i].hPort != OS_ADAPT_NO_HANDLE) {
-            ClosePort(m_stPreparedPorts[i]);
+            EvenIfItThrows(
+                [&]() KOVASMGR_NO_THREAD_SAFETY_ANALYSIS { ClosePort(m_stPreparedPorts[i]); });
         }
     }
 }
@@ -125,7 +139,7 @@ void CKOVASMgrPort::UnregisterFromNotifications() {
         INFO_LOG("Getting interface of %s failed.", "OSADapt.dll");
         return;
     }
-    pfnUnRegDevStateProc(NotificationEntry());
+    EvenIfItThrows([] { pfnUnRegDevStateProc(NotificationEntry()); });
 }
 
 // Not under the lock of the callers and registrations: the gate is closed, nobody is calling.

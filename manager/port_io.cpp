@@ -45,6 +45,12 @@ int CKOVASMgrPort::Close(int nPortID) {
     if (m_bInit == 0) {
         return KOVAMGR_ERR_NOT_INIT;
     }
+    return CloseByID(nPortID);
+}
+
+// What Close does once it knows that the manager is initialised. A port that vanishes, or is open at
+// the release, is closed all the same.
+int CKOVASMgrPort::CloseByID(int nPortID) {
     if (!AllResolved()) {
         INFO_LOG("Can't load OSAdapt DLL for OS_ADAPT_ClosePort.");
         return KOVAMGR_ERR_OSADAPT;

@@ -41,7 +41,8 @@ class CKOVASMgrPort {
     ///         first scan leave the manager as far as it got, for Release to undo.
     int Init();
 
-    /// Stops the read thread, closes all ports, forgets everything but the loaded adapter.
+    /// Stops the read thread, closes all ports, forgets everything but the loaded adapter. An adapter
+    /// that throws has failed, as one that returns a failure.
     /// @return KOVAMGR_OK, or KOVAMGR_ERR_NOT_INIT when there was nothing to release.
     int Release();
 
@@ -110,7 +111,9 @@ class CKOVASMgrPort {
     void EmptyDevStateCallbacks();
     void Abandon();
 
+    int CloseByID(int nPortID) KOVASMGR_REQUIRES(m_PortMutex);
     int ClosePort(_PORT_& port) KOVASMGR_REQUIRES(m_PortMutex);
+    bool CanEnumerate() const;
     void SweepPorts(char* buffer, long& length) KOVASMGR_REQUIRES(m_PortMutex);
     void DeliverData(size_t index, char* data, int length) KOVASMGR_REQUIRES(m_PortMutex);
     int FindForCallback(int portId, KOVAMGR_READ_CALLBACK cb, _PORT_*& port)
@@ -139,6 +142,7 @@ class CKOVASMgrPort {
     JLibrary* m_pOSAdaptLib; ///< owned; null when none
 
     std::atomic<bool> m_bAbandoned; ///< the read thread lives on: never lock, never destroy
+    CKOVASMgrPort* m_pAbandonedBefore = nullptr;
 };
 
 #endif

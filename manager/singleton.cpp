@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include <dlfcn.h>
 
-#include "common/never_destroyed.h"
 #include "manager/notification_gate.h"
 #include "manager/port_manager.h"
 
@@ -9,8 +8,9 @@ namespace {
 
 CKOVASMgrPort* s_pInstance = nullptr;
 
-// The managers that could not be stopped: what they own stays reachable.
-NeverDestroyed<std::vector<CKOVASMgrPort*>> s_Abandoned;
+// The latest manager that could not be stopped; each leads to the one before, so that what they own
+// stays reachable.
+CKOVASMgrPort* s_pAbandoned = nullptr;
 
 // The thread of an abandoned manager may still return into our code, so it must not be unmapped.
 void KeepLibraryLoaded() {
@@ -37,7 +37,8 @@ void CKOVASMgrPort::ReleaseInstance() {
     s_pInstance->Release();
     if (s_pInstance->m_bAbandoned) {
         KeepLibraryLoaded();
-        s_Abandoned->push_back(s_pInstance);
+        s_pInstance->m_pAbandonedBefore = s_pAbandoned;
+        s_pAbandoned = s_pInstance;
     } else {
         delete s_pInstance;
     }

@@ -11,6 +11,7 @@
 #include <chrono>
 #include <climits>
 #include <cstring>
+#include <functional>
 #include <memory>
 #include <thread>
 
@@ -282,6 +283,39 @@ TEST_F(OpenPort, ACancelledWriteHoldsNoLock) {
     EXPECT_EQ("", m_Adapter.ReadText(handle));
     EXPECT_EQ("left(l0 l1) right(r0 r1)", m_Adapter.DevicesText());
     EXPECT_EQ(OS_ADAPT_OK, m_Adapter.Close(handle));
+}
+
+TEST_F(OpenPort, ACancellationThatIsPendingHarmsNoCall) {
+    const int first = m_Adapter.OpenPort("l0");
+    const std::function<void()> calls[] = {
+        [&] { m_Adapter.Close(first); },
+        [&] { m_Adapter.Devices(); },
+        [&] { m_Adapter.OpenPort("nobody"); },
+        [&] { m_Adapter.ReadText(m_Adapter.OpenPort("l1")); },
+        [&] { m_Adapter.WriteText(m_Adapter.OpenPort("l1"), "x"); },
+        [&] { m_Adapter.WriteText(4711, "x"); },
+        [&] { m_Adapter.Register([](_OS_ADAPT_DEVICESTATUS_TYPE) {}); },
+        [&] { m_Adapter.UnRegister(nullptr); },
+        [&] { m_Adapter.Devices(); },
+    };
+    for (const std::function<void()>& call : calls) {
+        pthread_t thread{};
+        ASSERT_EQ(0, pthread_create(
+                         &thread, nullptr,
+                         [](void* argument) -> void* {
+                             pthread_cancel(pthread_self());
+                             (*static_cast<const std::function<void()>*>(argument))();
+                             pthread_testcancel();
+                             return nullptr;
+                         },
+                         const_cast<std::function<void()>*>(&call)));
+        void* result = nullptr;
+        ASSERT_EQ(0, pthread_join(thread, &result));
+        EXPECT_EQ(PTHREAD_CANCELED, result);
+    }
+    EXPECT_EQ("left(l0 l1) right(r0 r1)", m_Adapter.DevicesText());
+    const int handle = m_Adapter.OpenPort("l0");
+    EXPECT_EQ(1, m_Adapter.WriteText(handle, "x"));
 }
 
 TEST_F(OpenPort, BadArgumentsFailWithoutHarm) {

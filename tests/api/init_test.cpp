@@ -62,6 +62,13 @@ TEST_F(HostInit, TwiceSucceedsAndChangesNothing) {
     EXPECT_EQ(LogText(m_Scratch), log);
 }
 
+TEST_F(HostInit, TwiceDoesNotLoadTheAdapterAgain) {
+    InitWith(FakeDevices().Device("Modem").Port("COM1"));
+    fs::remove("libOSAdapt.so");
+    EXPECT_EQ(Init(), 20000);
+    EXPECT_EQ(KOVAMGR_Open(1), 20000);
+}
+
 TEST_F(HostInit, TwiceMovesTheLogToAnotherDirectory) {
     InitWith(FakeDevices().Device("Modem").Port("COM1"));
     const std::string log = LogText(m_Scratch);

@@ -17,9 +17,9 @@ class Gate : public testing::Test {
     CKOVASMgrPort* Enter() { return NotificationGate::Stay(m_Gate).Manager(); }
 
     // Closes on a thread of its own.
-    void StartClosing() {
-        m_Closer = std::thread([this] {
-            m_Gate.Close(&m_Manager);
+    void StartClosing(const CKOVASMgrPort* manager) {
+        m_Closer = std::thread([this, manager] {
+            m_Gate.Close(manager);
             m_bClosed = true;
         });
         ASSERT_TRUE(WaitUntil([this] { return Enter() == nullptr; }));
@@ -65,7 +65,7 @@ TEST_F(Gate, ClosingWaitsForWhoeverIsInside) {
     m_Gate.Open(&m_Manager);
     {
         const NotificationGate::Stay stay(m_Gate);
-        StartClosing();
+        StartClosing(&m_Manager);
         EXPECT_FALSE(IsClosedWithin(std::chrono::milliseconds(100)));
     }
     EXPECT_TRUE(IsClosedWithin(std::chrono::seconds(10)));
@@ -76,7 +76,7 @@ TEST_F(Gate, ClosingWaitsForTheLastOfMany) {
     m_Gate.Open(&m_Manager);
     std::optional<NotificationGate::Stay> first(std::in_place, m_Gate);
     std::optional<NotificationGate::Stay> second(std::in_place, m_Gate);
-    StartClosing();
+    StartClosing(&m_Manager);
     first.reset();
     EXPECT_FALSE(IsClosedWithin(std::chrono::milliseconds(100)));
     second.reset();
@@ -89,7 +89,7 @@ TEST_F(Gate, AStayInsideAStayIsAnsweredAtOnceAlsoWhileTheGateIsClosing) {
     {
         const NotificationGate::Stay outer(m_Gate);
         EXPECT_EQ(Enter(), &m_Manager);
-        StartClosing();
+        StartClosing(&m_Manager);
         EXPECT_EQ(Enter(), nullptr);
     }
     m_Closer.join();
@@ -97,17 +97,26 @@ TEST_F(Gate, AStayInsideAStayIsAnsweredAtOnceAlsoWhileTheGateIsClosing) {
 
 TEST_F(Gate, AbandonedForgetsWhoIsInside) {
     m_Gate.Open(&m_Manager);
-    std::optional<NotificationGate::Stay> lost(std::in_place, m_Gate);
+    const NotificationGate::Stay lost(m_Gate);
     m_Gate.Abandon();
     EXPECT_EQ(Enter(), nullptr);
     m_Gate.Open(&m_Other);
     EXPECT_EQ(Enter(), &m_Other);
-    m_Gate.Close(&m_Other); // would wait for ever for the lost one
-    lost.reset();
+    StartClosing(&m_Other);
+    EXPECT_TRUE(IsClosedWithin(std::chrono::seconds(10)));
+    m_Closer.join();
+}
+
+TEST_F(Gate, AForgottenStayIsNotCountedOutWhenItEnds) {
+    m_Gate.Open(&m_Manager);
+    std::optional<NotificationGate::Stay> lost(std::in_place, m_Gate);
+    m_Gate.Abandon();
     m_Gate.Open(&m_Other);
-    {
-        const NotificationGate::Stay stay(m_Gate);
-        lost.reset();
-    }
-    m_Gate.Close(&m_Other); // and would miscount, had the lost one been counted out
+    std::optional<NotificationGate::Stay> stay(std::in_place, m_Gate);
+    lost.reset();
+    StartClosing(&m_Other);
+    EXPECT_FALSE(IsClosedWithin(std::chrono::milliseconds(100)));
+    stay.reset();
+    EXPECT_TRUE(IsClosedWithin(std::chrono::seconds(10)));
+    m_Closer.join();
 }

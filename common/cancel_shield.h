@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
-#ifndef KOVASMGR_LOG_CANCEL_SHIELD_H
-#define KOVASMGR_LOG_CANCEL_SHIELD_H
+#ifndef KOVASMGR_COMMON_CANCEL_SHIELD_H
+#define KOVASMGR_COMMON_CANCEL_SHIELD_H
 
 #include <pthread.h>
 
-/// Puts thread cancellation off for a scope, so that a thread that is killed while it logs neither
-/// leaves half a line nor a stream in an undefined state.
+/// Puts thread cancellation off for a scope that must not be left half done: a log line, the making
+/// and ending of a manager.
 class CancelShield {
   public:
     CancelShield() { pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &m_nBefore); }

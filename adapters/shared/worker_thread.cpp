@@ -7,7 +7,7 @@
 
 namespace {
 
-constexpr size_t kStackSize = 2 * 1024 * 1024;
+constexpr size_t kStackSize = size_t{2} * 1024 * 1024;
 
 // A thread inherits the signal mask of its creator.
 class AllSignalsBlocked {

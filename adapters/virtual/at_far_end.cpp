@@ -24,7 +24,7 @@ std::string AtFarEnd::Take(const std::string& bytes) {
 
 std::string AtFarEnd::TakeByte(char byte) {
     if (byte == '\r') {
-        const std::string answer = m_TooLong ? kError : Answer(m_Line);
+        std::string answer = m_TooLong ? kError : Answer(m_Line);
         m_Line.clear();
         m_TooLong = false;
         return answer;

@@ -14,7 +14,7 @@
 
 namespace {
 
-constexpr off_t kMaxFileSize = 1024 * 1024;
+constexpr off_t kMaxFileSize = off_t{1024} * 1024;
 
 struct FileText {
     std::string text;

@@ -33,7 +33,7 @@ std::string ScenarioTable::Name(const char* key, size_t maxBytes) {
         NoteMissing(key);
         return "";
     }
-    const std::string text = Text(key, node, maxBytes);
+    std::string text = Text(key, node, maxBytes);
     RefuseControlCharacters(key, text);
     return text;
 }

@@ -4,8 +4,10 @@
 
 #include <chrono>
 #include <filesystem>
+#include <memory>
 
 #include "tests/adapters/adapter_under_test.h"
+#include "tests/adapters/descriptors_used_up.h"
 #include "tests/adapters/notice_recorder.h"
 #include "tests/adapters/virtual_bench.h"
 #include "tests/harness/process_counts.h"
@@ -116,6 +118,26 @@ TEST_F(Life, RegistrationAndUnRegistrationCanAlternate) {
     }
     EXPECT_EQ(30U, recorder.Notices().size());
     ExpectNothingLeft();
+}
+
+TEST_F(Life, AStartWithoutDescriptorsFailsWithAReasonAndALaterOneWorks) {
+    const AdapterUnderTest adapter;
+    // A sanitizer needs a descriptor where it meets a type for the first time.
+    ASSERT_EQ(2, adapter.Devices()->nDeviceCount);
+    ASSERT_EQ("error no device 'nobody'", Command("pull nobody"));
+    ASSERT_EQ(OS_ADAPT_OK, adapter.UnRegister(nullptr));
+    NoticeRecorder recorder(adapter);
+    const auto list = std::make_unique<_OS_ADAPT_DEVICEPORTLIST>();
+    {
+        const DescriptorsUsedUp usedUp;
+        EXPECT_NE(OS_ADAPT_OK, adapter.Enumerate(OS_ADAPT_ENUM_ALL, list.get()));
+        EXPECT_NE(OS_ADAPT_OK, adapter.Register(NoticeRecorder::OnNotice));
+    }
+    EXPECT_NE(0, LogLines("Too many open files"));
+    EXPECT_EQ(2, adapter.Devices()->nDeviceCount);
+    EXPECT_EQ(OS_ADAPT_OK, adapter.Register(NoticeRecorder::OnNotice));
+    EXPECT_EQ("ok", Command("pull virtual-modem"));
+    EXPECT_EQ(1U, recorder.Notices().size());
 }
 
 TEST_F(Life, AHostMayExitWhileItsThreadsAreInsideTheAdapter) { ExpectCleanEnd("busy"); }

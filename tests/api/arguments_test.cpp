@@ -83,3 +83,9 @@ TEST_F(Arguments, PortZeroIsValidEverywhere) {
     EXPECT_EQ(KOVAMGR_RegisterCommDataReadCallback(OnRead<1>, 0), 20001);
     EXPECT_EQ(KOVAMGR_UnRegisterCommDataReadCallback(OnRead<1>, 0), 20001);
 }
+
+TEST_F(Arguments, GoodOnesAfterAFailedInitAreNotInitialised) {
+    m_Fake->SetResult(FakeCall::kRegister, OS_ADAPT_FAILED);
+    ASSERT_EQ(Init(), 20002);
+    ExpectNotInitialised();
+}

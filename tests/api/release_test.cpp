@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include <atomic>
 #include <filesystem>
 
 #include "tests/api/host_test.h"
@@ -90,4 +91,36 @@ TEST_F(HostRelease, LeavesAReadThreadAloneThatCannotBeKilled) {
     m_Fake->PushData("COM2", "hello");
     EXPECT_TRUE(WaitForTold(1));
     EXPECT_EQ(KOVAMGR_Release(), 20000);
+}
+
+TEST_F(HostRelease, EndsWholeAlsoWhenTheAdapterThrows) {
+    InitWith(FakeDevices().Device("Modem").Port("COM1"));
+    ASSERT_EQ(KOVAMGR_Open(1), 20000);
+    m_Fake->SetHook(FakeCall::kClose, [] { throw 5; });
+    m_Fake->SetHook(FakeCall::kUnRegister, [] { throw 5; });
+    EXPECT_EQ(KOVAMGR_Release(), 20000);
+    EXPECT_EQ(KOVAMGR_Open(1), 20003);
+    m_Fake->Reset();
+    EXPECT_EQ(Init(), 20000);
+    EXPECT_EQ(Devices(), Lines());
+}
+
+TEST_F(HostRelease, FollowedByInitInACallbackThatLivesOnMakesNoManager) {
+    InitWith(FakeDevices().Device("Modem").Port("COM1"));
+    std::atomic<bool> mayGoOn{false};
+    std::atomic<int> answer{0};
+    m_Recorder.During("read 1", [&] {
+        while (!mayGoOn) { // no cancellation point
+        }
+        answer = Init();
+    });
+    ASSERT_EQ(KOVAMGR_RegisterCommDataReadCallback(OnRead<1>, 1), 20000);
+    ASSERT_EQ(KOVAMGR_Open(1), 20000);
+    m_Fake->PushData("COM1", "a");
+    ASSERT_TRUE(WaitForTold(1));
+    EXPECT_EQ(KOVAMGR_Release(), 20000);
+    mayGoOn = true;
+    EXPECT_TRUE(WaitUntil([&] { return answer != 0; }));
+    EXPECT_EQ(answer, 20002);
+    EXPECT_EQ(KOVAMGR_Open(1), 20003);
 }

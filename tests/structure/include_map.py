@@ -20,7 +20,7 @@ RULES = [
     (r"(manager|devices)/.*\.cpp", "system",
      [r"manager/.*", r"devices/.*", r"common/.*", r"include/(?!KOVASMgrWriteLog).*"]),
     (r"api/.*", "system",
-     [r"api/.*", r"manager/.*", r"common/jdir\.h", r"include/(?!KOVASMgrWriteLog).*"]),
+     [r"api/.*", r"manager/.*", r"common/(jdir|cancel_shield)\.h", r"include/(?!KOVASMgrWriteLog).*"]),
     (r"adapters/.*", "any",
      [r"include/(OSAdapt|KOVASMgrLog|KOVASMgrExport)\.h", r"adapters/shared/.*", r"{own}/.*"]),
     (r"(tools|examples)/.*", "any", [r"include/.*", r"{own}/.*"]),

@@ -116,6 +116,21 @@ TEST_F(LateNotification, InsideANotificationIsTakenAsWell) {
     EXPECT_EQ(m_Recorder.Told(), (Lines{"state 1: 20205", "state 1: 20206", "state 1: 20207"}));
 }
 
+TEST_F(LateNotification, ToTheNextManagerBeforeItsInitCallsNoAdapterOfTheFormerOne) {
+    InitWith(FakeDevices());
+    CKOVASMgrPort::ReleaseInstance();
+    CKOVASMgrPort::GetInstance();
+    NewLog();
+    m_Fake->ClearJournal();
+    EXPECT_EQ(Notify(0), 0);
+    EXPECT_EQ(Notify(1), 0);
+    EXPECT_TRUE(m_Fake->Journal().empty());
+    EXPECT_EQ(NewLog(), Info("Enter DetermineAddPort()") +
+                            Info("Getting interface of OS_ADAPT_EnumDevicePortInfo failed.") +
+                            Info("Enter DetermineSubtractPort()") +
+                            Info("Getting interface of OS_ADAPT_EnumDevicePortInfo failed."));
+}
+
 TEST_F(LateNotification, ToTheManagerAfterTheNextIsTakenAgain) {
     InitWith(FakeDevices());
     CKOVASMgrPort::ReleaseInstance();

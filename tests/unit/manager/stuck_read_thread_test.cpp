@@ -40,7 +40,7 @@ TEST_F(StuckReadThread, BlockedInTheAdapterIsKilledFourToSixSecondsLater) {
     GetStuck(FakeBlock::kInRead);
     const milliseconds elapsed = TimeRelease();
     EXPECT_GE(elapsed, milliseconds(4000));
-    EXPECT_LE(elapsed, milliseconds(6500));
+    EXPECT_LE(elapsed, milliseconds(8000));
     EXPECT_EQ(m_Fake->Blocked(), 0) << "its stack has been unwound";
     EXPECT_FALSE(ManagerProbe::ReadThreadObject(m_Manager).IsRunning());
     EXPECT_EQ(m_Fake->Journal(), (Lines{"Close 1", "UnRegister"})) << "the lock was taken over";
@@ -79,7 +79,7 @@ TEST_F(StuckReadThread, ThatCannotBeKilledIsLeftAloneWithOneErrorLine) {
     GetStuck(FakeBlock::kInSpin);
     const milliseconds elapsed = TimeRelease();
     EXPECT_GE(elapsed, milliseconds(5000));
-    EXPECT_LE(elapsed, milliseconds(7500));
+    EXPECT_LE(elapsed, milliseconds(10000));
     EXPECT_EQ(m_Fake->Blocked(), 1) << "it lives on";
     EXPECT_TRUE(m_Fake->Journal().empty()) << "the adapter is not called any more";
     const std::string log = NewLog();
@@ -111,7 +111,7 @@ TEST_F(StuckReadThread, ThatCannotBeKilledShutsNotificationsOut) {
     EXPECT_TRUE(m_Fake->Journal().empty());
 }
 
-TEST_F(StuckReadThread, ThatCannotBeKilledEndsANotificationThatWaitsForItWithoutTellingAnybody) {
+TEST_F(StuckReadThread, ThatCannotBeKilledMakesAWaitingNotificationEndWithoutAdapterOrCallbacks) {
     GetStuck(FakeBlock::kInSpin);
     ASSERT_EQ(m_Manager.RegisterDeviceStateProcessCallback(OnState<1>), 20000);
     std::thread notifier([this] { m_Fake->Notify(0); });
@@ -120,7 +120,8 @@ TEST_F(StuckReadThread, ThatCannotBeKilledEndsANotificationThatWaitsForItWithout
     ASSERT_EQ(m_Manager.Release(), 20000);
     m_Fake->Unblock();
     notifier.join();
-    EXPECT_EQ(CountOf(LogText(m_Scratch), Info("Leave DetermineAddPort()")), 2);
+    EXPECT_EQ(m_Fake->Calls(FakeCall::kEnum), 1) << "the adapter is another manager's by then";
+    EXPECT_EQ(CountOf(LogText(m_Scratch), Info("Leave DetermineAddPort()")), 1);
     EXPECT_EQ(m_Recorder.Count(), 0u);
 }
 

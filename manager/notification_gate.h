@@ -10,8 +10,8 @@ class CKOVASMgrPort;
 /// The way of notifications into the manager. An adapter may notify at any time, also while a
 /// manager is made or destroyed; whoever is let in keeps the manager alive until it leaves.
 ///
-/// It counts and does not lock: a notification inside a notification must get in while another
-/// thread waits for both to leave.
+/// It counts and does not lock: a notification inside a notification must not wait for the one who
+/// waits for both to leave. While the gate is closed it is refused.
 ///
 /// Threads: any.
 class NotificationGate {

@@ -50,25 +50,35 @@ struct Arguments {
 [[noreturn]] void Fail(const std::string& reason) { throw std::runtime_error(reason); }
 
 // The control directories of the hosts that run.
-std::vector<std::string> RunningHosts() {
+std::vector<std::string> RunningHosts(const std::string& base) {
     std::vector<std::string> hosts;
     std::error_code error;
-    for (const std::string& base : ControlBases()) {
-        for (const auto& entry : fs::directory_iterator(base, error)) {
-            const std::string name = entry.path().filename().string();
-            if (IsProcessId(name) && IsRunning(name) &&
-                fs::exists(entry.path() / kControlSocket, error)) {
-                hosts.push_back(entry.path().string());
-            }
+    for (const auto& entry : fs::directory_iterator(base, error)) {
+        const std::string name = entry.path().filename().string();
+        if (IsProcessId(name) && IsRunning(name) &&
+            fs::exists(entry.path() / kControlSocket, error)) {
+            hosts.push_back(entry.path().string());
         }
     }
     return hosts;
 }
 
+// Those of this session, or if there are none, those that were started without one.
+std::vector<std::string> NearestHosts() {
+    for (const std::string& base : ControlBases()) {
+        std::vector<std::string> hosts = RunningHosts(base);
+        if (!hosts.empty()) {
+            return hosts;
+        }
+    }
+    return {};
+}
+
 std::string FindHost(const std::string& processId) {
-    for (const std::string& host : RunningHosts()) {
-        if (fs::path(host).filename() == processId) {
-            return host;
+    for (const std::string& base : ControlBases()) {
+        const std::string directory = base + "/" + processId;
+        if (fs::exists(directory + "/" + kControlSocket)) {
+            return directory;
         }
     }
     Fail("process " + processId + " is no host with virtual devices");
@@ -96,7 +106,7 @@ Arguments ReadArguments(const std::vector<std::string>& given) {
 }
 
 std::string FindOnlyHost() {
-    const std::vector<std::string> hosts = RunningHosts();
+    const std::vector<std::string> hosts = NearestHosts();
     if (hosts.empty()) {
         Fail("no host with virtual devices runs (looked in " + ControlBases().front() + ")");
     }

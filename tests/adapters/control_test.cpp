@@ -343,8 +343,8 @@ TEST_F(Control, TheProgramFindsTheOneHostThatRuns) {
     unsetenv("KOVASMGR_VIRTUAL_DIR");
     setenv("XDG_RUNTIME_DIR", ControlDirectory().c_str(), 1);
     const std::string program = KOVASMGR_VIRTUAL_PROGRAM;
-    EXPECT_NE(std::string::npos,
-              Shell(program + " list").find("no host with virtual devices runs"));
+    EXPECT_EQ("kovasmgr-virtual: process 999999998 is no host with virtual devices\nexit 2",
+              Shell(program + " --pid 999999998 list"));
     Start();
     EXPECT_EQ("ok\nexit 0", Shell(program + " pull left"));
     EXPECT_EQ("ok\nexit 0", Shell(program + " --pid " + std::to_string(getpid()) + " plug left"));

@@ -49,17 +49,21 @@ int main(void) {
     const int length = (int)strlen(text); /* at most 16,384 bytes a call */
     long reason = 0;
     int result = KOVAMGR_Init("."); /* KOVASMgr.log goes here, libOSAdapt.so is loaded from here */
-    if (result != KOVAMGR_OK)
+    if (result != KOVAMGR_OK) {
         return Fail("no adapter", result);
+    }
     int port = ListPorts();
-    if (port < 0)
+    if (port < 0) {
         return Fail("no port", port);
+    }
     KOVAMGR_RegisterDeviceStateProcessCallback(OnDevices);
     KOVAMGR_RegisterCommDataReadCallback(OnData, port);
-    if ((result = KOVAMGR_Open(port)) != KOVAMGR_OK)
+    if ((result = KOVAMGR_Open(port)) != KOVAMGR_OK) {
         return Fail("port not opened", result);
-    if (KOVAMGR_Write(port, text, length, 0, &reason) != length)
+    }
+    if (KOVAMGR_Write(port, text, length, 0, &reason) != length) {
         return Fail("line not sent", reason);
+    }
     sleep(1); /* the answer arrives through OnData */
     KOVAMGR_Release();
     return 0;

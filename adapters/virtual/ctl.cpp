@@ -76,9 +76,9 @@ std::vector<std::string> NearestHosts() {
 
 std::string FindHost(const std::string& processId) {
     for (const std::string& base : ControlBases()) {
-        const std::string directory = base + "/" + processId;
-        if (fs::exists(directory + "/" + kControlSocket)) {
-            return directory;
+        const fs::path directory = fs::path(base) / processId;
+        if (fs::exists(directory / kControlSocket)) {
+            return directory.string();
         }
     }
     Fail("process " + processId + " is no host with virtual devices");

@@ -63,7 +63,7 @@ std::vector<std::string> RunningHosts(const std::string& base) {
     return hosts;
 }
 
-// Those of this session, or if there are none, those that were started without one.
+// Those of this login, or if there are none, those that were started without one.
 std::vector<std::string> NearestHosts() {
     for (const std::string& base : ControlBases()) {
         std::vector<std::string> hosts = RunningHosts(base);

@@ -60,13 +60,24 @@ bool IsNewError(const std::string& text) {
     return logged.texts.insert(text).second;
 }
 
+// A line break in a text would forge a line of its own.
+std::string OneLine(std::string text) {
+    for (char& character : text) {
+        const auto byte = static_cast<unsigned char>(character);
+        if (byte < 0x20 || byte == 0x7f) {
+            character = '?';
+        }
+    }
+    return text;
+}
+
 } // namespace
 
 void PrepareLog() { Functions(); }
 
-void LogInfo(const std::string& text) { Functions().info("OSAdapt: %s", text.c_str()); }
+void LogInfo(const std::string& text) { Functions().info("OSAdapt: %s", OneLine(text).c_str()); }
 
-void LogError(const std::string& text) { Functions().error("OSAdapt: %s", text.c_str()); }
+void LogError(const std::string& text) { Functions().error("OSAdapt: %s", OneLine(text).c_str()); }
 
 void LogErrorOnce(const std::string& text) {
     if (IsNewError(text)) {
@@ -88,12 +99,6 @@ std::string ErrnoText(int error) {
 }
 
 std::string Printable(const std::string& text) {
-    std::string printable = text.substr(0, kMaxQuoted);
-    for (char& character : printable) {
-        const auto byte = static_cast<unsigned char>(character);
-        if (byte < 0x20 || byte == 0x7f) {
-            character = '?';
-        }
-    }
+    const std::string printable = OneLine(text.substr(0, kMaxQuoted));
     return text.size() > kMaxQuoted ? printable + "..." : printable;
 }

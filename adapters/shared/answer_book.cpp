@@ -34,12 +34,12 @@ void AnswerBook::StartTelling(Instant now) {
 void AnswerBook::StopTelling() {
     m_Telling = false;
     m_Steps.clear();
-    m_Current.clear();
     m_LastAnswer.reset();
 }
 
 void AnswerBook::Clear() {
     StopTelling();
+    m_Current.clear();
     m_Truth.reset();
 }
 
@@ -56,20 +56,23 @@ _OS_ADAPT_DEVICESTATUS_TYPE AnswerBook::BeginStep() {
 
 // An enumeration cannot fail while a step is told, so what was told counts as answered.
 void AnswerBook::EndStep() {
-    if (!m_Current.empty()) {
+    if (m_Telling && !m_Current.empty()) {
         m_LastAnswer = m_Current.front().table;
-        m_Current.clear();
     }
+    m_Current.clear();
 }
 
 std::shared_ptr<const PortTable> AnswerBook::Answer() {
     if (!m_Telling) {
-        m_LastAnswer = Truth();
+        m_LastAnswer = m_Current.empty() ? Truth() : m_Current.front().table;
     }
     return m_Current.empty() ? m_LastAnswer : m_Current.front().table;
 }
 
 bool AnswerBook::IsTold(uint64_t ticket) const {
+    if (!m_Telling) {
+        return true;
+    }
     const std::list<Step>& next = m_Current.empty() ? m_Steps : m_Current;
     return next.empty() || next.front().firstTicket > ticket;
 }

@@ -37,7 +37,8 @@ class AnswerBook {
     /// happened since is lost.
     void StartTelling(Instant now);
 
-    /// Nobody listens any more: steps and last answer are dropped.
+    /// Nobody listens any more: steps and last answer are dropped. A step that is being told stays
+    /// the answer to the end.
     void StopTelling();
 
     /// Forgets everything, also what is true.
@@ -80,7 +81,7 @@ class AnswerBook {
     std::shared_ptr<const PortTable> m_Truth;      // null: nothing recorded yet
     std::shared_ptr<const PortTable> m_LastAnswer; // null: nobody has asked yet
     std::list<Step> m_Steps;
-    std::list<Step> m_Current; // the step that is being told, if any
+    std::list<Step> m_Current; // the step that is being told, if any; the answer until EndStep
 };
 
 #endif

@@ -22,14 +22,16 @@ int RefuseUnknown(const char* operation, int handle) {
                   " is not open; open the port first");
 }
 
-void ReportBroken(HandleTable& handles, int handle, const std::string& portName, int error) {
+// @return whether the handle is dead from now on.
+bool ReportBroken(HandleTable& handles, int handle, const std::string& portName, int error) {
     if (error == EFAULT) {
         LogErrorOnce("port '" + Printable(portName) + "': the host's buffer cannot be accessed");
-        return;
+        return false;
     }
     LogErrorOnce("port '" + Printable(portName) + "' does not work any more: " + ErrnoText(error) +
                  "; open it again when its device is back");
     handles.Kill(handle);
+    return true;
 }
 
 // A dead port fails one read, which tells the host; failing for ever would flood the log.
@@ -88,8 +90,9 @@ int ReadPort(HandleTable& handles, int handle, void* buffer, long size, long* re
     }
     const Transfer got = ReadAvailable(port.descriptor->Get(), buffer, static_cast<size_t>(size));
     if (got.error != 0) {
-        ReportBroken(handles, handle, port.portName, got.error);
-        handles.TakeDeathNotice(handle); // this failure is the one
+        if (ReportBroken(handles, handle, port.portName, got.error)) {
+            handles.TakeDeathNotice(handle); // this failure is the one
+        }
         return OS_ADAPT_FAILED;
     }
     *read = static_cast<long>(got.count);

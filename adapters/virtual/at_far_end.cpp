@@ -22,11 +22,16 @@ std::string AtFarEnd::Take(const std::string& bytes) {
     return answer;
 }
 
+// The echo stays as it was switched, as in a modem that keeps its power.
+void AtFarEnd::Restart() {
+    m_Line.clear();
+    m_TooLong = false;
+}
+
 std::string AtFarEnd::TakeByte(char byte) {
     if (byte == '\r') {
         std::string answer = m_TooLong ? kError : Answer(m_Line);
-        m_Line.clear();
-        m_TooLong = false;
+        Restart();
         return answer;
     }
     m_TooLong = m_TooLong || m_Line.size() == kMaxCommand;

@@ -13,6 +13,7 @@ class AtFarEnd : public FarEnd {
     explicit AtFarEnd(const PortSpec& spec) : m_Spec(spec), m_Echo(spec.echo) {}
 
     std::string Take(const std::string& bytes) override;
+    void Restart() override;
 
   private:
     std::string TakeByte(char byte);

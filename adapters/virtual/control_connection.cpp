@@ -94,11 +94,12 @@ bool ControlConnection::RunNextLine(VirtualPorts& ports, Instant now) {
         m_InputEnded = true;
         return true;
     }
-    if (end == std::string::npos) {
+    // The end of the input ends the last line too.
+    if (end == std::string::npos && (!m_InputEnded || m_Input.empty())) {
         return false;
     }
     std::string line = m_Input.substr(0, end);
-    m_Input.erase(0, end + 1);
+    m_Input.erase(0, line.size() + 1);
     if (!line.empty() && line.back() == '\r') {
         line.pop_back();
     }

@@ -3,6 +3,7 @@
 
 #include <fcntl.h>
 #include <sys/file.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <stdexcept>
@@ -15,16 +16,54 @@ namespace {
 
 bool IsLocked(const UniqueFd& directory) { return flock(directory.Get(), LOCK_EX | LOCK_NB) != 0; }
 
-void RemoveLinks(int links) {
-    for (const std::string& name : NamesIn(links)) {
-        unlinkat(links, name.c_str(), 0);
+// @return the file's type as in st_mode, 0 when there is none.
+mode_t TypeOf(int directory, const std::string& name) {
+    struct stat info {};
+    const bool isThere = fstatat(directory, name.c_str(), &info, AT_SYMLINK_NOFOLLOW) == 0;
+    return isThere ? info.st_mode & S_IFMT : 0;
+}
+
+void RemoveIfOfType(int directory, const std::string& name, mode_t type) {
+    if (TypeOf(directory, name) == type) {
+        unlinkat(directory, name.c_str(), 0);
     }
 }
 
+UniqueFd OpenLinks(int directory) {
+    return UniqueFd(openat(directory, kPortLinks, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+}
+
+// What no host can have left there, so that it is somebody's file.
+// @return its name, empty when there is none.
+std::string ForeignName(int directory) {
+    if (const mode_t type = TypeOf(directory, kControlSocket); type != 0 && type != S_IFSOCK) {
+        return kControlSocket;
+    }
+    if (const mode_t type = TypeOf(directory, kPortLinks); type != 0 && type != S_IFDIR) {
+        return kPortLinks;
+    }
+    const UniqueFd links = OpenLinks(directory);
+    if (!links.IsOpen()) {
+        return "";
+    }
+    for (const std::string& name : NamesIn(links.Get())) {
+        if (TypeOf(links.Get(), name) != S_IFLNK) {
+            return std::string(kPortLinks) + "/" + name;
+        }
+    }
+    return "";
+}
+
+void RemoveLinks(int links) {
+    for (const std::string& name : NamesIn(links)) {
+        RemoveIfOfType(links, name, S_IFLNK);
+    }
+}
+
+// Only what a host makes; a user's file of the same name stays.
 void RemoveContents(int directory) {
-    unlinkat(directory, kControlSocket, 0);
-    const UniqueFd links(
-        openat(directory, kPortLinks, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    RemoveIfOfType(directory, kControlSocket, S_IFSOCK);
+    const UniqueFd links = OpenLinks(directory);
     if (links.IsOpen()) {
         RemoveLinks(links.Get());
         unlinkat(directory, kPortLinks, AT_REMOVEDIR);
@@ -55,6 +94,7 @@ ControlDirectory::ControlDirectory() {
         OpenChosen(chosen);
     }
     Lock();
+    RefuseForeignFiles();
     RemoveContents(m_Directory.Get());
     m_Links = OpenPrivateDirectory(m_Directory.Get(), kPortLinks, nullptr);
 }
@@ -101,5 +141,12 @@ void ControlDirectory::OpenForThisProcess() {
 void ControlDirectory::Lock() {
     if (IsLocked(m_Directory)) {
         throw std::runtime_error("directory '" + Printable(m_Path) + "' is in use by another host");
+    }
+}
+
+void ControlDirectory::RefuseForeignFiles() {
+    if (const std::string name = ForeignName(m_Directory.Get()); !name.empty()) {
+        throw std::runtime_error("directory '" + Printable(m_Path) + "' holds '" + Printable(name) +
+                                 "', which no host has left there; choose an empty directory");
     }
 }

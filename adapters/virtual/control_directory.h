@@ -8,7 +8,8 @@
 
 /// A host process's control directory: a socket for commands, and for each port a link to its far
 /// end. Mode 0700, locked while it is in use, removed at the end; what a dead process left is
-/// removed on the way.
+/// removed on the way. A directory with files of somebody else in the places of these is refused and
+/// left as it is.
 ///
 /// Threads: one at a time.
 class ControlDirectory {
@@ -31,6 +32,7 @@ class ControlDirectory {
     void OpenChosen(const std::string& path);
     void OpenForThisProcess();
     void Lock();
+    void RefuseForeignFiles();
 
     std::string m_Path;
     std::string m_Name;   // in m_Base

@@ -26,6 +26,9 @@ class FarEnd {
     /// @return what the far end sends back.
     virtual std::string Take(const std::string& bytes) = 0;
 
+    /// Forgets what it has taken and not answered: the host opens the port anew.
+    virtual void Restart() {}
+
     /// When Tick is to be called next, if ever.
     virtual std::optional<Instant> Due() const { return std::nullopt; }
 

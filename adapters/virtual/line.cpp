@@ -4,14 +4,24 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <stdlib.h>
+#include <termios.h>
 
 #include <cerrno>
 #include <stdexcept>
+#include <utility>
 
 #include "adapters/shared/adapter_log.h"
 #include "adapters/shared/terminal.h"
 
 namespace {
+
+// The far end is given this much at a time and asked no more when its answers have that many bytes.
+// A reply has up to about 1 KiB for every other byte that is taken.
+constexpr size_t kPiece = 64;
+constexpr size_t kMaxUnsent = size_t{64} * 1024;
+
+// How much is taken before other lines are looked after.
+constexpr size_t kMaxPieces = 64;
 
 [[noreturn]] void Fail(const std::string& what, int error) {
     std::string advice;
@@ -70,7 +80,11 @@ std::shared_ptr<const UniqueFd> Line::OpenHostEnd() {
     if (!host->IsOpen()) {
         Fail("cannot open the host's end", errno);
     }
-    m_Unsent.clear();
+    if (m_FarEnd != nullptr) {
+        RestartFarEnd();
+    }
+    // An external far end is another program: what the host sent it is in its terminal, as in the
+    // receive buffer of a real device, and stays there for it.
     DiscardArrived(m_Master.Get());
     m_Host = host;
     return host;
@@ -84,7 +98,7 @@ void Line::Watch(PollSet& waiting) {
     if (!IsHostOpen()) {
         waiting.Add(m_Master.Get(), POLLIN);
     }
-    const short events = m_Unsent.empty() ? POLLIN : POLLOUT;
+    const short events = HasUnsent() ? POLLOUT : POLLIN;
     m_Place = waiting.Add(m_Slave.Get(), IsServed() ? events : short{0});
     if (IsServed()) {
         waiting.WakeAt(m_FarEnd->Due());
@@ -105,19 +119,22 @@ void Line::MendFarEnd(const PollSet& waited) {
 }
 
 // While an answer waits for room nothing more is taken, so the host's writes come to a stop too and
-// nothing has to be kept.
+// what has to be kept is bounded.
 void Line::ServeFarEnd(FarEnd::Instant now) {
     if (!IsServed()) {
         return;
     }
-    if (m_Unsent.empty()) {
+    if (!HasUnsent()) {
         TakeFromHost();
     }
     const auto due = m_FarEnd->Due();
     if (due && *due <= now) {
-        const std::string text = m_FarEnd->Tick(now);
+        std::string text = m_FarEnd->Tick(now);
         // A line without flow control loses what the host does not fetch.
-        m_Unsent = m_Unsent.empty() ? text : m_Unsent;
+        if (!HasUnsent()) {
+            ForgetUnsent();
+            m_Unsent = std::move(text);
+        }
     }
     SendToHost();
 }
@@ -128,15 +145,34 @@ void Line::DiscardForClosedHost() {
     }
 }
 
+void Line::ForgetUnsent() {
+    m_Unsent.clear();
+    m_Sent = 0;
+}
+
+void Line::RestartFarEnd() {
+    tcflow(m_Slave.Get(), TCOON); // a program may have stopped the output for good
+    DiscardArrived(m_Slave.Get());
+    ForgetUnsent();
+    m_FarEnd->Restart();
+}
+
 void Line::TakeFromHost() {
-    char buffer[4096];
-    const Transfer got = ReadAvailable(m_Slave.Get(), buffer, sizeof buffer);
-    if (got.count > 0) {
-        m_Unsent = m_FarEnd->Take(std::string(buffer, got.count));
+    char buffer[kPiece];
+    for (size_t i = 0; i < kMaxPieces && m_Unsent.size() < kMaxUnsent; ++i) {
+        const Transfer got = ReadAvailable(m_Slave.Get(), buffer, sizeof buffer);
+        if (got.count == 0) {
+            return;
+        }
+        m_Unsent += m_FarEnd->Take(std::string(buffer, got.count));
     }
 }
 
 void Line::SendToHost() {
-    const Transfer sent = WriteAvailable(m_Slave.Get(), m_Unsent.data(), m_Unsent.size());
-    m_Unsent.erase(0, sent.count);
+    const Transfer sent =
+        WriteAvailable(m_Slave.Get(), m_Unsent.data() + m_Sent, m_Unsent.size() - m_Sent);
+    m_Sent += sent.count;
+    if (!HasUnsent()) {
+        ForgetUnsent();
+    }
 }

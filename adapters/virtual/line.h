@@ -33,7 +33,9 @@ class Line {
     /// What a program opens to be the far end: "/dev/pts/4".
     const std::string& FarPath() const { return m_FarPath; }
 
-    /// Starts a new opening by the host: nothing that was sent before is seen.
+    /// Starts a new opening by the host: nothing that was sent before is seen, neither by the host
+    /// nor by a scripted far end. Another program at the far end still finds what it has not
+    /// fetched of the opening before.
     /// @return a descriptor of its own for the host's end
     /// @throws std::runtime_error with the reason
     std::shared_ptr<const UniqueFd> OpenHostEnd();
@@ -55,6 +57,9 @@ class Line {
 
   private:
     bool IsServed() const { return m_FarEnd != nullptr && !m_Broken; }
+    bool HasUnsent() const { return m_Sent < m_Unsent.size(); }
+    void ForgetUnsent();
+    void RestartFarEnd();
     void TakeFromHost();
     void SendToHost();
 
@@ -67,6 +72,7 @@ class Line {
     std::optional<size_t> m_Place; // of the slave in the poll set
     bool m_Broken = false;         // the far end was hung up and does not open any more
     std::string m_Unsent;          // taken from the far end, waiting for room in the terminal
+    size_t m_Sent = 0;             // so much of it has gone
 };
 
 #endif

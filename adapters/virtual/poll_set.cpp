@@ -2,6 +2,7 @@
 #include "adapters/virtual/poll_set.h"
 
 #include <algorithm>
+#include <cerrno>
 
 namespace {
 
@@ -20,16 +21,18 @@ void PollSet::WakeAt(std::optional<Instant> when) {
     }
 }
 
-void PollSet::Wait() {
+bool PollSet::Wait() {
     auto wait = kLongestWait;
     if (m_WakeAt) {
         const auto left = *m_WakeAt - std::chrono::steady_clock::now();
         wait = std::chrono::ceil<std::chrono::milliseconds>(left);
     }
     const auto bounded = std::clamp(wait, std::chrono::milliseconds(0), kLongestWait);
-    if (poll(m_Entries.data(), m_Entries.size(), static_cast<int>(bounded.count())) < 0) {
-        for (pollfd& entry : m_Entries) {
-            entry.revents = 0;
-        }
+    if (poll(m_Entries.data(), m_Entries.size(), static_cast<int>(bounded.count())) >= 0) {
+        return true;
     }
+    for (pollfd& entry : m_Entries) {
+        entry.revents = 0;
+    }
+    return errno == EINTR;
 }

@@ -22,7 +22,8 @@ class PollSet {
     void WakeAt(std::optional<Instant> when);
 
     /// Waits once.
-    void Wait();
+    /// @return false when waiting is not possible now; errno tells why, and nothing is seen.
+    bool Wait();
 
     short Seen(size_t place) const { return m_Entries[place].revents; }
 

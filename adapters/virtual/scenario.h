@@ -17,7 +17,7 @@ struct PortSpec {
     int32_t proposedId = 0;
     FarEndKind farEnd = FarEndKind::External;
     bool echo = true;                           // At: sends commands back before the answer
-    std::map<std::string, std::string> replies; // At: command in capitals to information text
+    std::map<std::string, std::string> replies; // At: command in capitals to up to 1,024 bytes
     std::string send;                           // Periodic: "{n}" becomes a running number
     int everyMs = 1000;                         // Periodic
 };
@@ -39,7 +39,9 @@ struct ScenarioResult {
     std::string error; // "file:line: reason", empty when all is well
 };
 
-/// Reads a scenario's text. The file's name is for the error only.
+/// Reads a scenario's text. The file's name is for the error only. A line has at most 4,096 bytes
+/// and 64 dots, values are nested at most 16 deep: the text is read on a stack of the host, which
+/// may be small.
 ScenarioResult ReadScenario(const std::string& text, const std::string& fileName);
 
 /// The scenario of the file that KOVASMGR_VIRTUAL_SCENARIO names, or the built-in one.

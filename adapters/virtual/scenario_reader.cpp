@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <cctype>
 #include <set>
+#include <string_view>
 
 #include "OSAdapt.h"
 #include "adapters/shared/adapter_log.h"
@@ -14,7 +15,13 @@ constexpr size_t kMaxDeviceText = OS_ADAPT_DEVICE_TEXT_SIZE - 1;
 constexpr size_t kMaxPortName = OS_ADAPT_PORT_NAME_SIZE - 1;
 constexpr size_t kMaxMode = 63;
 constexpr size_t kMaxSend = 1024; // fits in an empty terminal, so that it goes out whole
+constexpr size_t kMaxReply = 1024;
 constexpr long kMaxEveryMs = 3600000;
+constexpr size_t kMaxLine = 4096;
+
+// The parser makes a table for each dot of "a.b.c" and recurses through them when it frees them.
+// Dots that stand side by side, which no key can have, count as one.
+constexpr long kMaxDots = 64;
 
 struct FarEndName {
     const char* name;
@@ -31,6 +38,39 @@ std::string Capitals(std::string text) {
     std::transform(text.begin(), text.end(), text.begin(),
                    [](unsigned char byte) { return static_cast<char>(std::toupper(byte)); });
     return text;
+}
+
+long CountDots(std::string_view line) {
+    long count = 0;
+    char before = ' ';
+    for (const char character : line) {
+        count += character == '.' && before != '.' ? 1 : 0;
+        before = character;
+    }
+    return count;
+}
+
+std::string LineMistake(std::string_view line) {
+    if (line.size() > kMaxLine) {
+        return "the line has more than " + std::to_string(kMaxLine) + " bytes";
+    }
+    if (CountDots(line) > kMaxDots) {
+        return "the line has more than " + std::to_string(kMaxDots) + " dots";
+    }
+    return "";
+}
+
+// Finds what the parser must not be given.
+// @return "line: reason", empty when there is nothing.
+std::string TextMistake(std::string_view text) {
+    for (size_t number = 1; !text.empty(); ++number) {
+        const size_t end = std::min(text.find('\n'), text.size());
+        if (const std::string reason = LineMistake(text.substr(0, end)); !reason.empty()) {
+            return std::to_string(number) + ": " + reason;
+        }
+        text.remove_prefix(std::min(end + 1, text.size()));
+    }
+    return "";
 }
 
 class Reader {
@@ -99,7 +139,7 @@ class Reader {
 
     static void ReadAt(ScenarioTable& table, PortSpec& port) {
         port.echo = table.Flag("echo", true);
-        for (const auto& [command, text] : table.Texts("replies")) {
+        for (const auto& [command, text] : table.Texts("replies", kMaxReply)) {
             port.replies[Capitals(command)] = text;
         }
     }
@@ -144,6 +184,9 @@ class Reader {
 } // namespace
 
 ScenarioResult ReadScenario(const std::string& text, const std::string& fileName) {
+    if (const std::string mistake = TextMistake(text); !mistake.empty()) {
+        return {{}, fileName + ":" + mistake};
+    }
     try {
         const toml::table root = toml::parse(text);
         Reader reader;

@@ -73,7 +73,7 @@ long ScenarioTable::Number(const char* key, long ifMissing, long least, long mos
     return static_cast<long>(*value);
 }
 
-std::map<std::string, std::string> ScenarioTable::Texts(const char* key) {
+std::map<std::string, std::string> ScenarioTable::Texts(const char* key, size_t maxBytes) {
     std::map<std::string, std::string> texts;
     const toml::node* node = Find(key);
     const toml::table* table = node == nullptr ? nullptr : node->as_table();
@@ -87,6 +87,10 @@ std::map<std::string, std::string> ScenarioTable::Texts(const char* key) {
         const auto text = value.value_exact<std::string>();
         if (!text) {
             m_Mistake.Note(value.source(), Quoted(key) + " must hold texts only");
+        } else if (text->size() > maxBytes) {
+            m_Mistake.Note(value.source(), Quoted(key) + " must hold texts of at most " +
+                                               std::to_string(maxBytes) + " bytes, not " +
+                                               std::to_string(text->size()));
         }
         texts[std::string(name.str())] = text.value_or("");
     }

@@ -9,6 +9,8 @@
 #include <string_view>
 
 #define TOML_ENABLE_FORMATTERS 0
+// The parser recurses. With the bound on dots in scenario_reader.cpp this one bounds how deep.
+#define TOML_MAX_NESTED_VALUES 16
 #include <toml++/toml.h>
 
 /// The first mistake found in a scenario, and where. Later ones are not kept.
@@ -43,7 +45,9 @@ class ScenarioTable {
 
     bool Flag(const char* key, bool ifMissing);
     long Number(const char* key, long ifMissing, long least, long most);
-    std::map<std::string, std::string> Texts(const char* key);
+
+    /// A table of texts of any characters, at most maxBytes bytes each; texts may be empty.
+    std::map<std::string, std::string> Texts(const char* key, size_t maxBytes);
 
     /// The tables of an array that must have 1 to most of them.
     const toml::array* Tables(const char* key, size_t most);

@@ -1,15 +1,21 @@
 // SPDX-License-Identifier: MIT
 #include "adapters/virtual/session.h"
 
+#include <poll.h>
 #include <sys/eventfd.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <chrono>
 #include <stdexcept>
+#include <thread>
 
 #include "adapters/shared/adapter_log.h"
 
 namespace {
+
+// How long the thread rests after an error that would only come again at once.
+constexpr std::chrono::milliseconds kPause{100};
 
 std::unique_ptr<const Scenario> LoadOrLog() {
     ScenarioResult result = LoadScenario();
@@ -72,6 +78,7 @@ void Session::Run() {
             ServeOnce();
         } catch (const std::exception& error) {
             LogErrorOnce(std::string("virtual devices: ") + error.what());
+            Pause();
         }
     }
 }
@@ -83,13 +90,27 @@ void Session::ServeOnce() {
     if (m_Server != nullptr) {
         m_Server->Watch(waiting);
     }
-    waiting.Wait();
+    if (!waiting.Wait()) {
+        LogErrorOnce("virtual devices react late, waiting failed: " + ErrnoText(errno));
+        Pause();
+    }
     if ((waiting.Seen(wake) & POLLIN) != 0) {
         DrainWake();
     }
     m_Ports->Serve(waiting);
     if (m_Server != nullptr) {
         m_Server->Serve(waiting, *m_Ports, m_Notifier);
+    }
+}
+
+// Ends early when the thread is woken: Stop does not wait for it.
+void Session::Pause() {
+    pollfd wake{m_Wake.Get(), POLLIN, 0};
+    const int seen = poll(&wake, 1, static_cast<int>(kPause.count()));
+    if (seen > 0) {
+        DrainWake();
+    } else if (seen < 0 && errno != EINTR) {
+        std::this_thread::sleep_for(kPause);
     }
 }
 

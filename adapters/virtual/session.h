@@ -44,6 +44,7 @@ class Session {
     static void Enter(void* self);
     void Run();
     void ServeOnce();
+    void Pause();
     void DrainWake();
 
     StateNotifier& m_Notifier;

@@ -16,6 +16,13 @@ namespace {
 
 [[noreturn]] void Refuse(const std::string& reason) { throw std::runtime_error(reason); }
 
+// A port that is there in every mode would let any misspelt one pass.
+bool HasMode(const DeviceSpec& device, const std::string& mode) {
+    return mode == device.mode ||
+           std::any_of(device.ports.begin(), device.ports.end(),
+                       [&](const PortSpec& port) { return port.mode == mode; });
+}
+
 std::string Describe(const Workbench::Device& device) {
     std::string text = "device " + QuoteWord(device.spec->name);
     text += device.present ? " present" : " absent";
@@ -83,14 +90,19 @@ uint64_t VirtualPorts::Replug(const std::string& deviceName) {
 uint64_t VirtualPorts::SwitchMode(const std::string& deviceName, const std::string& mode) {
     const Lock lock(m_Mutex);
     Device& device = NeedDevice(deviceName);
-    if (std::none_of(device.ports.begin(), device.ports.end(),
-                     [&](const Port& port) { return IsInMode(*port.spec, mode); })) {
+    if (!HasMode(*device.spec, mode)) {
         Refuse("device has no port in that mode");
     }
-    device.mode = mode;
+    const std::string before = std::exchange(device.mode, mode);
     RemoveLines(device);
     Publish();
-    return AddLines(device);
+    try {
+        return AddLines(device);
+    } catch (const std::runtime_error&) {
+        device.mode = before;
+        PutBack(device);
+        throw;
+    }
 }
 
 uint64_t VirtualPorts::PlugPort(const std::string& portName) {
@@ -224,6 +236,18 @@ uint64_t VirtualPorts::PullOut(Device& device) {
     device.present = false;
     RemoveLines(device);
     return Publish();
+}
+
+// After a switch that failed: better no device than one whose ports are missing.
+void VirtualPorts::PutBack(Device& device) {
+    try {
+        AddLines(device);
+    } catch (const std::runtime_error& error) {
+        LogError(std::string("pulled out, plug it in again: ") + error.what());
+        device.present = false;
+        RemoveLines(device);
+        Publish();
+    }
 }
 
 void VirtualPorts::Link(const Port& port) {

@@ -33,7 +33,12 @@ class VirtualPorts {
     uint64_t Plug(const std::string& deviceName);
     uint64_t Pull(const std::string& deviceName);
     uint64_t Replug(const std::string& deviceName);
+
+    /// To the mode that the device starts in or one that a port of it names. When the ports of that
+    /// mode cannot be had, the device stays in the mode before; if those cannot be had any more
+    /// either, it is pulled out.
     uint64_t SwitchMode(const std::string& deviceName, const std::string& mode);
+
     uint64_t PlugPort(const std::string& portName);
     uint64_t UnplugPort(const std::string& portName);
 
@@ -61,6 +66,7 @@ class VirtualPorts {
     void RemoveLines(Device& device);
     uint64_t AddLines(Device& device);
     uint64_t PullOut(Device& device);
+    void PutBack(Device& device);
     void Link(const Port& port);
     uint64_t Publish();
 

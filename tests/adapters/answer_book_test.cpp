@@ -170,3 +170,40 @@ TEST_F(AnswerBookTest, WhenNobodyListensTheTruthIsTheAnswer) {
     EXPECT_EQ("c3 ", Answer());
     EXPECT_TRUE(m_Book.IsTold(ticket));
 }
+
+TEST_F(AnswerBookTest, AStepThatIsToldStaysTheAnswerAlsoWhenNobodyListensAnyMore) {
+    Listen("a1 b2");
+    Set("a1");
+    m_Book.BeginStep();
+    m_Book.StopTelling();
+    const uint64_t ticket = Set("a3 c4");
+    EXPECT_TRUE(m_Book.IsTold(ticket));
+    EXPECT_EQ("a1 ", Answer());
+    m_Book.EndStep();
+    EXPECT_EQ("a3 c4 ", Answer());
+    m_Book.StartTelling(m_Now);
+    EXPECT_FALSE(m_Book.HasStep());
+}
+
+TEST_F(AnswerBookTest, AListenerThatComesDuringAStepIsToldWhatFollowsIt) {
+    Listen("a1 b2");
+    Set("a1");
+    m_Book.BeginStep();
+    m_Book.StopTelling();
+    Set("a3");
+    m_Book.StartTelling(m_Now);
+    EXPECT_EQ("a1 ", Answer());
+    m_Book.EndStep();
+    EXPECT_EQ("a1 ", Answer());
+    EXPECT_EQ("-+a3 ", TellAll());
+}
+
+TEST_F(AnswerBookTest, ClearingDuringAStepForgetsItToo) {
+    Listen("a1 b2");
+    Set("a1");
+    m_Book.BeginStep();
+    m_Book.Clear();
+    EXPECT_EQ("", Answer());
+    m_Book.EndStep();
+    EXPECT_EQ("", Answer());
+}

@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <filesystem>
+#include <fstream>
 #include <list>
 #include <memory>
 
@@ -130,6 +131,17 @@ TEST_F(Control, AnEndOfInputAfterACommandStillGetsItsReply) {
     client.EndInput();
     EXPECT_EQ("ok", client.Reply());
     EXPECT_TRUE(client.IsClosed());
+}
+
+TEST_F(Control, TheEndOfInputEndsTheLastCommandToo) {
+    Start();
+    ControlClient client(ControlDirectory());
+    client.Send("pull left\npull right");
+    client.EndInput();
+    EXPECT_EQ("ok", client.Reply());
+    EXPECT_EQ("ok", client.Reply());
+    EXPECT_TRUE(client.IsClosed());
+    EXPECT_EQ("", m_Adapter.DevicesText());
 }
 
 TEST_F(Control, AClientThatNeverReadsDoesNotStopOthers) {
@@ -322,6 +334,34 @@ TEST_F(Control, WhatAKilledHostLeftInAChosenDirectoryIsReplaced) {
     EXPECT_NE("/dev/pts/99", fs::read_symlink(PortLink("l0")));
     EXPECT_FALSE(fs::is_symlink(PortLink("gone")));
     EXPECT_EQ("ok", Command("pull left"));
+}
+
+TEST_F(Control, FilesOfSomebodyElseInAChosenDirectoryAreRefusedAndLeftAlone) {
+    fs::create_directory(ControlDirectory() + "/ports");
+    fs::permissions(ControlDirectory() + "/ports", fs::perms::owner_all);
+    fs::create_symlink("/dev/pts/99", PortLink("l0"));
+    std::ofstream(PortLink("letter")) << "dear";
+    Start();
+    EXPECT_EQ(1, LogLines("holds 'ports/letter', which no host has left there"));
+    EXPECT_GT(m_Adapter.OpenPort("l0"), 0);
+    ASSERT_EQ(OS_ADAPT_OK, m_Adapter.UnRegister(nullptr));
+    EXPECT_EQ(4U, fs::file_size(PortLink("letter")));
+    EXPECT_EQ("/dev/pts/99", fs::read_symlink(PortLink("l0")));
+    fs::remove_all(ControlDirectory() + "/ports");
+    std::ofstream(ControlDirectory() + "/control") << "mine";
+    Start();
+    EXPECT_EQ(1, LogLines("holds 'control', which no host has left there"));
+    ASSERT_EQ(OS_ADAPT_OK, m_Adapter.UnRegister(nullptr));
+    EXPECT_EQ(4U, fs::file_size(ControlDirectory() + "/control"));
+}
+
+TEST_F(Control, AFileThatComesWhileTheHostRunsIsNotRemovedAtTheEnd) {
+    Start();
+    std::ofstream(PortLink("letter")) << "dear";
+    ASSERT_EQ(OS_ADAPT_OK, m_Adapter.UnRegister(nullptr));
+    EXPECT_EQ(4U, fs::file_size(PortLink("letter")));
+    EXPECT_FALSE(fs::is_symlink(PortLink("l0")));
+    EXPECT_FALSE(fs::exists(ControlDirectory() + "/control"));
 }
 
 TEST_F(Control, TheProgramGivesCommands) {

@@ -253,9 +253,13 @@ TEST_F(Notice, ARegistrationFromTheNoticeThatUnRegisteredGoesOn) {
     Start();
     ControlClient(ControlDirectory()).Send("pull left\n");
     ASSERT_TRUE(WaitUntil([&] { return isRegistered.load(); }));
-    EXPECT_EQ(kBoth, m_Adapter.DevicesText()); // everything is as at a start
+    // Everything is as at a start, and the listener is led there from what the notice answered.
+    ASSERT_TRUE(m_Recorder.WaitForCount(3));
+    EXPECT_EQ(kBoth, m_Adapter.DevicesText());
     EXPECT_EQ("ok", Command("pull right"));
-    EXPECT_EQ("- left(l0 l1)", m_Recorder.Notices().back());
+    EXPECT_EQ((std::vector<std::string>{"- right(r0 r1)", "- ", std::string("+ ") + kBoth,
+                                        "- left(l0 l1)"}),
+              m_Recorder.Notices());
 }
 
 TEST_F(Notice, ACancelledUnRegistrationCanBeRepeated) {
@@ -300,4 +304,19 @@ TEST_F(Notice, TwoHundredPlugsAndPullsAreToldOneByOne) {
         ASSERT_EQ(std::string("+ ") + kBoth, notices[i + 1]);
     }
     EXPECT_EQ(descriptors + 2, OpenDescriptors()); // l0 and r0 are open
+}
+
+TEST_F(Notice, ANoticeThatUnRegistersGoesOnSeeingItsTable) {
+    std::string seen;
+    std::atomic<bool> isSeen{false};
+    m_Recorder.OnEach([&] {
+        UnRegister();
+        seen = m_Adapter.DevicesText();
+        isSeen = true;
+    });
+    Start();
+    ControlClient(ControlDirectory()).Send("pull left\n");
+    ASSERT_TRUE(WaitUntil([&] { return isSeen.load(); }));
+    EXPECT_EQ("right(r0 r1)", seen);
+    EXPECT_TRUE(WaitUntil([&] { return m_Adapter.DevicesText() == kBoth; }));
 }

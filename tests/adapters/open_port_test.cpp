@@ -11,6 +11,7 @@
 #include <chrono>
 #include <climits>
 #include <cstring>
+#include <ctime>
 #include <functional>
 #include <memory>
 #include <thread>
@@ -358,6 +359,39 @@ TEST_F(OpenPort, AWriteThatRunsOutOfReadableMemoryDoesNotKillThePort) {
     const auto* nowhere = reinterpret_cast<const void*>(uintptr_t{16});
     EXPECT_NE(OS_ADAPT_OK, m_Adapter.Write(handle, nowhere, 100, &written));
     EXPECT_EQ(2, m_Adapter.WriteText(handle, "ok"));
+}
+
+TEST_F(OpenPort, AReadIntoInaccessibleMemoryLeavesThePortItsDeathNotice) {
+    const int handle = m_Adapter.OpenPort("l0");
+    const FarProgram far(PortLink("l0"));
+    long count = 0;
+    auto* nowhere = reinterpret_cast<void*>(uintptr_t{16});
+    ASSERT_TRUE(far.Send("x"));
+    ASSERT_TRUE(
+        WaitUntil([&] { return m_Adapter.Read(handle, nowhere, 100, &count) != OS_ADAPT_OK; }));
+    ASSERT_TRUE(far.Send("y"));
+    ASSERT_NE(std::string::npos, m_Adapter.ReadUntil(handle, "y").find('y'));
+    ASSERT_EQ("ok", Command("pull left"));
+    char buffer[8];
+    EXPECT_NE(OS_ADAPT_OK, m_Adapter.Read(handle, buffer, sizeof buffer, &count));
+    EXPECT_EQ(OS_ADAPT_OK, m_Adapter.Read(handle, buffer, sizeof buffer, &count));
+}
+
+TEST_F(OpenPort, ALoweredDescriptorLimitDoesNotMakeTheServiceThreadSpin) {
+    const int handle = m_Adapter.OpenPort("l0");
+    rlimit before{};
+    getrlimit(RLIMIT_NOFILE, &before);
+    rlimit low = before;
+    low.rlim_cur = 3; // fewer than the service thread waits for
+    ASSERT_EQ(0, setrlimit(RLIMIT_NOFILE, &low));
+    const std::clock_t start = std::clock();
+    EXPECT_EQ(OS_ADAPT_OK, m_Adapter.Close(handle)); // wakes the thread
+    std::this_thread::sleep_for(std::chrono::milliseconds(500));
+    const std::clock_t used = std::clock() - start;
+    ASSERT_EQ(0, setrlimit(RLIMIT_NOFILE, &before));
+    EXPECT_LT(used, CLOCKS_PER_SEC / 5);
+    EXPECT_EQ("ok", Command("pull left"));
+    EXPECT_LE(LogLines("waiting failed"), 1);
 }
 
 TEST_F(OpenPort, TooFewDescriptorsFailTheOpeningWithAReason) {

@@ -1,9 +1,12 @@
 // SPDX-License-Identifier: MIT
+#include <pthread.h>
 #include <sys/stat.h>
+#include <termios.h>
 
 #include <filesystem>
 
 #include "tests/adapters/adapter_under_test.h"
+#include "tests/adapters/descriptors_used_up.h"
 #include "tests/adapters/far_program.h"
 #include "tests/adapters/notice_recorder.h"
 #include "tests/adapters/virtual_bench.h"
@@ -159,6 +162,7 @@ mode = "update"
     ASSERT_EQ(OS_ADAPT_OK, adapter.Register(NoticeRecorder::OnNotice));
     const int handle = adapter.OpenPort("always");
     const FarProgram far(PortLink("always"));
+    EXPECT_EQ("error device has no port in that mode", Command("switch d updaet"));
     EXPECT_EQ("ok", Command("switch d update"));
     EXPECT_EQ((std::vector<std::string>{"- d(always)", "+ d(always update)"}), recorder.Notices());
     ASSERT_TRUE(far.Send("still there"));
@@ -277,6 +281,131 @@ TEST_F(Scenario, WhatIsTooMuchIsNamed) {
     }
     ExpectMistake(ports, 35, "device has more than 16 of 'port'");
     ExpectMistake(devices, 257, "scenario has more than 64 of 'device'");
+}
+
+TEST_F(Scenario, ALineThatIsTooLongOrHasTooManyDotsIsNamed) {
+    const std::string dots(65, '.');
+    std::string key = "a";
+    for (int i = 0; i < 65; ++i) {
+        key += " . a";
+    }
+    ExpectMistake(PortWith("#" + std::string(4096, 'x')), 6, "the line has more than 4096 bytes");
+    ExpectMistake(PortWith(key + " = 1"), 6, "the line has more than 64 dots");
+    std::string endless = "a";
+    for (int i = 0; i < 300000; ++i) {
+        endless += ".a";
+    }
+    ExpectMistake(endless + " = 1\n", 1, "the line has more than 4096 bytes");
+    UseScenario(PortWith("# " + dots));
+    EXPECT_EQ("d(p)", AdapterUnderTest().DevicesText());
+}
+
+TEST_F(Scenario, TheDeepestFileIsReadOnASmallStack) {
+    std::string key = "a";
+    for (int i = 0; i < 64; ++i) {
+        key += ".a";
+    }
+    std::string text = "[" + key + "]\n" + key + " = [\n";
+    std::string end = "]\n";
+    for (int i = 0; i < 7; ++i) {
+        text += "{" + key + " = [\n";
+        end = "]}\n" + end;
+    }
+    UseScenario(text + end);
+    pthread_attr_t attributes;
+    pthread_attr_init(&attributes);
+    pthread_attr_setstacksize(&attributes, size_t{512} * 1024);
+    pthread_t thread{};
+    AdapterUnderTest adapter;
+    ASSERT_EQ(0, pthread_create(
+                     &thread, &attributes,
+                     [](void* it) -> void* {
+                         int handle = 0;
+                         static_cast<AdapterUnderTest*>(it)->Open("p", &handle);
+                         return nullptr;
+                     },
+                     &adapter));
+    pthread_attr_destroy(&attributes);
+    ASSERT_EQ(0, pthread_join(thread, nullptr));
+    EXPECT_EQ(1, LogLines("scenario has no device"));
+    EXPECT_EQ(0, LogLines("TOML_MAX_NESTED_VALUES"));
+}
+
+TEST_F(Scenario, AReplyThatIsTooLongIsNamed) {
+    const std::string longest(1024, 'x');
+    ExpectMistake(PortWith("far = \"at\"\nreplies = {\"A\" = \"" + longest + "x\"}"), 7,
+                  "'replies' must hold texts of at most 1024 bytes, not 1025");
+    UseScenario(PortWith("far = \"at\"\necho = false\nreplies = {\"A\" = \"" + longest + "\"}"));
+    const AdapterUnderTest adapter;
+    const int handle = adapter.OpenPort("p");
+    std::string commands;
+    for (int i = 0; i < 500; ++i) {
+        commands += "A\r";
+    }
+    ASSERT_EQ(1000, adapter.WriteText(handle, commands));
+    std::string text;
+    EXPECT_TRUE(WaitUntil([&] {
+        text += adapter.ReadText(handle);
+        return CountOf(text, "OK\r\n") == 500;
+    }));
+    EXPECT_EQ(500, CountOf(text, longest));
+}
+
+TEST_F(Scenario, AnOpeningStartsAnewWithAScriptedFarEnd) {
+    UseScenario(PortWith("far = \"at\""));
+    const AdapterUnderTest adapter;
+    int handle = adapter.OpenPort("p");
+    adapter.WriteText(handle, "AT+HALF");
+    ASSERT_EQ("AT+HALF", adapter.ReadUntil(handle, "HALF"));
+    ASSERT_EQ(OS_ADAPT_OK, adapter.Close(handle));
+    handle = adapter.OpenPort("p");
+    adapter.WriteText(handle, "AT\r");
+    EXPECT_EQ("AT\r\r\nOK\r\n", adapter.ReadUntil(handle, "OK\r\n"));
+    // Nobody fetches the answers, so commands wait too.
+    const std::string block(16384, '\r');
+    while (adapter.WriteText(handle, block) > 0) {
+    }
+    handle = adapter.OpenPort("p");
+    adapter.WriteText(handle, "AT\r");
+    EXPECT_EQ("AT\r\r\nOK\r\n", adapter.ReadUntil(handle, "OK\r\n"));
+}
+
+TEST_F(Scenario, AnOpeningLetsAFarEndSendThatAProgramStopped) {
+    UseScenario(PortWith("far = \"echo\""));
+    const AdapterUnderTest adapter;
+    ASSERT_GT(adapter.OpenPort("p"), 0);
+    const FarProgram far(PortLink("p"));
+    ASSERT_EQ(0, tcflow(far.Terminal(), TCOOFF));
+    const int handle = adapter.OpenPort("p");
+    adapter.WriteText(handle, "hello");
+    EXPECT_EQ("hello", adapter.ReadUntil(handle, "hello"));
+}
+
+TEST_F(Scenario, AModeSwitchThatFailsLeavesTheDeviceAsItWas) {
+    UseScenario(PortWith("mode = \"x\"\n[[device.port]]\nname = \"q\"\nmode = \"y\"\n"
+                         "[[device.port]]\nname = \"r\"\nmode = \"y\"\n"
+                         "[[device]]\nname = \"e\"\n[[device.port]]\nname = \"s\"")
+                    .replace(1, 10, "[[device]]\nmode = \"x\""));
+    const AdapterUnderTest adapter;
+    ASSERT_EQ("d(p) e(s)", adapter.DevicesText());
+    ControlClient client(ControlDirectory());
+    ASSERT_NE("", client.Ask("list"));
+    {
+        const DescriptorsUsedUp usedUp;
+        EXPECT_EQ(0U, client.Ask("switch d y").find("error device 'd'"));
+    }
+    EXPECT_EQ("d(p) e(s)", adapter.DevicesText());
+    EXPECT_GT(adapter.OpenPort("p"), 0);
+    EXPECT_EQ("ok", client.Ask("switch d y"));
+    EXPECT_EQ("d(q r) e(s)", adapter.DevicesText());
+    EXPECT_EQ("ok", client.Ask("switch d x"));
+}
+
+TEST_F(Scenario, ALineBreakInItsPathForgesNoLogLine) {
+    setenv("KOVASMGR_VIRTUAL_SCENARIO", "/nowhere\nERRO:OSAdapt: forged", 1);
+    const AdapterUnderTest adapter;
+    EXPECT_EQ("", adapter.DevicesText());
+    EXPECT_EQ(1, LogLines("/nowhere?ERRO:OSAdapt: forged:0: "));
 }
 
 TEST_F(Scenario, AStartModeWithoutPortsIsNamed) {

@@ -36,6 +36,9 @@ class Allocation : public testing::Test {
         ASSERT_EQ(KOVAMGR_OK, KOVAMGR_Open(2));
     }
 
+    // While TZ is unset, the C library copies the default's name whenever a new second begins.
+    static void FixTheTimeZone() { setenv("TZ", "UTC", 1); }
+
     // Lets the read thread sweep, call back and log for some seconds in which it gets no memory.
     void CheckThatTheReadThreadLivesOnWithoutMemory() const {
         ASSERT_EQ(KOVAMGR_OK, KOVAMGR_Init(m_Scratch.LogDirectory().c_str()));
@@ -78,7 +81,7 @@ TEST_F(Allocation, TheReadThreadAndItsLogLinesAskForNoMemory) {
 #ifdef KOVASMGR_TEST_SANITIZED
     GTEST_SKIP() << "a sanitizer hands out the memory itself";
 #endif
-    setenv("TZ", "UTC", 1); // while it is unset, the C library copies the default every second
+    FixTheTimeZone();
     CheckThatTheReadThreadLivesOnWithoutMemory();
     EXPECT_EQ(0, RefusedAllocations()) << "somebody asked for memory on the read thread";
 }
@@ -95,6 +98,7 @@ TEST_F(Allocation, APortOperationNeedsNoMemory) {
 #ifdef KOVASMGR_TEST_SANITIZED
     GTEST_SKIP() << "a sanitizer hands out the memory itself";
 #endif
+    FixTheTimeZone();
     InitAndOpen();
     const auto list = std::make_unique<_KOVAMGR_DEVICEINFOLIST>();
     RefuseAllocations(true);

@@ -11,7 +11,9 @@ function(kovasmgr_add_adapter target)
     LIBRARY_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/adapters/${arg_DIRECTORY}")
   target_link_libraries(${target} PRIVATE kovasmgr_build_settings KOVASMgr::KOVASMgr ${arg_LIBRARIES})
   if(NOT APPLE)
-    # Archives linked in keep their symbols to themselves.
-    target_link_options(${target} PRIVATE -Wl,-Bsymbolic-functions -Wl,--exclude-libs,ALL)
+    # Archives linked in keep their symbols to themselves. By the SONAME a host finds the adapter that
+    # the manager has loaded: dlopen("libOSAdapt.so", RTLD_NOW | RTLD_NOLOAD).
+    target_link_options(${target} PRIVATE
+      -Wl,-Bsymbolic-functions -Wl,--exclude-libs,ALL -Wl,-soname,libOSAdapt.so)
   endif()
 endfunction()

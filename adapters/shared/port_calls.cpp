@@ -6,11 +6,10 @@
 
 #include "OSAdapt.h"
 #include "adapters/shared/adapter_log.h"
+#include "adapters/shared/cancel_shield.h"
 #include "adapters/shared/terminal.h"
 
 namespace {
-
-constexpr std::chrono::milliseconds kWriteTime{1000};
 
 int Refuse(const std::string& reason) {
     LogErrorOnce(reason);
@@ -44,11 +43,33 @@ int ReadDead(HandleTable& handles, int handle, const std::string& portName, long
     return OS_ADAPT_FAILED;
 }
 
-void ReportStall(HandleTable& handles, int handle, const std::string& portName) {
+void ReportStall(HandleTable& handles, int handle, const HandleTable::Found& port) {
     if (handles.TakeStallNotice(handle)) {
-        LogError("port '" + Printable(portName) +
-                 "' took no byte for a second: nobody reads at its far end");
+        LogError("port '" + Printable(port.portName) + "' took no byte within " +
+                 std::to_string(port.terminal->WriteTime().count()) +
+                 " ms: nobody reads at its far end");
     }
+}
+
+// Shielded: a terminal that turns out to be broken is closed here.
+int ReadOpenOrDead(HandleTable& handles, int handle, void* buffer, size_t size, long* read) {
+    const CancelShield shield;
+    const HandleTable::Found port = handles.Find(handle);
+    if (port.state == HandleTable::State::Unknown) {
+        return RefuseUnknown("OS_ADAPT_Read", handle);
+    }
+    if (port.state == HandleTable::State::Dead) {
+        return ReadDead(handles, handle, port.portName, read);
+    }
+    const Transfer got = ReadAvailable(port.terminal->Descriptor(), buffer, size);
+    if (got.error != 0) {
+        if (ReportBroken(handles, handle, port.portName, got.error)) {
+            handles.TakeDeathNotice(handle); // this failure is the one
+        }
+        return OS_ADAPT_FAILED;
+    }
+    *read = static_cast<long>(got.count);
+    return OS_ADAPT_OK;
 }
 
 } // namespace
@@ -64,14 +85,15 @@ int WritePort(HandleTable& handles, int handle, const void* data, long length, l
     if (port.state == HandleTable::State::Dead) {
         return Refuse("OS_ADAPT_Write: port '" + Printable(port.portName) + "' is gone");
     }
+    const OpenTerminal& terminal = *port.terminal;
     const Transfer sent =
-        WriteWithin(port.descriptor->Get(), data, static_cast<size_t>(length), kWriteTime);
+        WriteWithin(terminal.Descriptor(), data, static_cast<size_t>(length), terminal.WriteTime());
     if (sent.error != 0 && sent.count == 0) {
         ReportBroken(handles, handle, port.portName, sent.error);
         return OS_ADAPT_FAILED;
     }
     if (sent.count == 0 && length > 0) {
-        ReportStall(handles, handle, port.portName);
+        ReportStall(handles, handle, port);
     }
     *written = static_cast<long>(sent.count);
     return OS_ADAPT_OK;
@@ -81,22 +103,11 @@ int ReadPort(HandleTable& handles, int handle, void* buffer, long size, long* re
     if (buffer == nullptr || size <= 0 || read == nullptr) {
         return Refuse("OS_ADAPT_Read: buffer or read is null, or size is not positive");
     }
-    const HandleTable::Found port = handles.Find(handle);
-    if (port.state == HandleTable::State::Unknown) {
-        return RefuseUnknown("OS_ADAPT_Read", handle);
+    if (handles.IsIdle(handle)) {
+        *read = 0;
+        return OS_ADAPT_OK;
     }
-    if (port.state == HandleTable::State::Dead) {
-        return ReadDead(handles, handle, port.portName, read);
-    }
-    const Transfer got = ReadAvailable(port.descriptor->Get(), buffer, static_cast<size_t>(size));
-    if (got.error != 0) {
-        if (ReportBroken(handles, handle, port.portName, got.error)) {
-            handles.TakeDeathNotice(handle); // this failure is the one
-        }
-        return OS_ADAPT_FAILED;
-    }
-    *read = static_cast<long>(got.count);
-    return OS_ADAPT_OK;
+    return ReadOpenOrDead(handles, handle, buffer, static_cast<size_t>(size), read);
 }
 
 int ClosePort(HandleTable& handles, int handle) {

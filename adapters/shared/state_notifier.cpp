@@ -85,6 +85,11 @@ bool StateNotifier::IsTold(uint64_t ticket) {
     return m_Book.IsTold(ticket);
 }
 
+bool StateNotifier::IsListenedTo() {
+    const Lock lock(m_Mutex);
+    return m_Callback != nullptr;
+}
+
 void StateNotifier::Answer(_OS_ADAPT_DEVICEPORTLIST& list) {
     const Lock lock(m_Mutex);
     FillList(*m_Book.Answer(), list);

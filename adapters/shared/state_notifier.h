@@ -38,6 +38,9 @@ class StateNotifier {
     /// Whether the listener has been told of everything up to this ticket, or nobody listens.
     bool IsTold(uint64_t ticket);
 
+    /// Whether a callback is registered.
+    bool IsListenedTo();
+
     /// Fills a zeroed list for an enumeration.
     void Answer(_OS_ADAPT_DEVICEPORTLIST& list);
 

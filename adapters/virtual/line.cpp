@@ -71,13 +71,13 @@ Line::Line(const PortSpec& spec)
     m_FarEnd = MakeFarEnd(spec, std::chrono::steady_clock::now());
 }
 
-std::shared_ptr<const UniqueFd> Line::OpenHostEnd() {
+std::shared_ptr<OpenTerminal> Line::OpenHostEnd() {
     // A program at the far end may have left the terminal in any state.
     if (const int error = MakeRaw(m_Slave.Get()); error != 0) {
         Fail("cannot make " + m_FarPath + " raw", error);
     }
-    auto host = std::make_shared<const UniqueFd>(fcntl(m_Master.Get(), F_DUPFD_CLOEXEC, 0));
-    if (!host->IsOpen()) {
+    UniqueFd descriptor(fcntl(m_Master.Get(), F_DUPFD_CLOEXEC, 0));
+    if (!descriptor.IsOpen()) {
         Fail("cannot open the host's end", errno);
     }
     if (m_FarEnd != nullptr) {
@@ -86,6 +86,7 @@ std::shared_ptr<const UniqueFd> Line::OpenHostEnd() {
     // An external far end is another program: what the host sent it is in its terminal, as in the
     // receive buffer of a real device, and stays there for it.
     DiscardArrived(m_Master.Get());
+    auto host = std::make_shared<OpenTerminal>(std::move(descriptor));
     m_Host = host;
     return host;
 }

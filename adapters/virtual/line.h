@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 
+#include "adapters/shared/open_terminal.h"
 #include "adapters/shared/unique_fd.h"
 #include "adapters/virtual/far_end.h"
 #include "adapters/virtual/poll_set.h"
@@ -36,9 +37,9 @@ class Line {
     /// Starts a new opening by the host: nothing that was sent before is seen, neither by the host
     /// nor by a scripted far end. Another program at the far end still finds what it has not
     /// fetched of the opening before.
-    /// @return a descriptor of its own for the host's end
+    /// @return the host's end, with a descriptor of its own
     /// @throws std::runtime_error with the reason
-    std::shared_ptr<const UniqueFd> OpenHostEnd();
+    std::shared_ptr<OpenTerminal> OpenHostEnd();
 
     bool IsHostOpen() const { return !m_Host.expired(); }
 
@@ -67,7 +68,7 @@ class Line {
     UniqueFd m_Master;
     UniqueFd m_Slave;
     std::string m_FarPath;
-    std::weak_ptr<const UniqueFd> m_Host;
+    std::weak_ptr<OpenTerminal> m_Host;
     std::unique_ptr<FarEnd> m_FarEnd;
     std::optional<size_t> m_Place; // of the slave in the poll set
     bool m_Broken = false;         // the far end was hung up and does not open any more

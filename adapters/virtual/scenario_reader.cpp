@@ -2,12 +2,13 @@
 #include <algorithm>
 #include <cctype>
 #include <set>
-#include <string_view>
+#include <stdexcept>
 
 #include "OSAdapt.h"
 #include "adapters/shared/adapter_log.h"
+#include "adapters/shared/toml_table.h"
+#include "adapters/shared/toml_text.h"
 #include "adapters/virtual/scenario.h"
-#include "adapters/virtual/scenario_table.h"
 
 namespace {
 
@@ -17,11 +18,6 @@ constexpr size_t kMaxMode = 63;
 constexpr size_t kMaxSend = 1024; // fits in an empty terminal, so that it goes out whole
 constexpr size_t kMaxReply = 1024;
 constexpr long kMaxEveryMs = 3600000;
-constexpr size_t kMaxLine = 4096;
-
-// The parser makes a table for each dot of "a.b.c" and recurses through them when it frees them.
-// Dots that stand side by side, which no key can have, count as one.
-constexpr long kMaxDots = 64;
 
 struct FarEndName {
     const char* name;
@@ -40,43 +36,10 @@ std::string Capitals(std::string text) {
     return text;
 }
 
-long CountDots(std::string_view line) {
-    long count = 0;
-    char before = ' ';
-    for (const char character : line) {
-        count += character == '.' && before != '.' ? 1 : 0;
-        before = character;
-    }
-    return count;
-}
-
-std::string LineMistake(std::string_view line) {
-    if (line.size() > kMaxLine) {
-        return "the line has more than " + std::to_string(kMaxLine) + " bytes";
-    }
-    if (CountDots(line) > kMaxDots) {
-        return "the line has more than " + std::to_string(kMaxDots) + " dots";
-    }
-    return "";
-}
-
-// Finds what the parser must not be given.
-// @return "line: reason", empty when there is nothing.
-std::string TextMistake(std::string_view text) {
-    for (size_t number = 1; !text.empty(); ++number) {
-        const size_t end = std::min(text.find('\n'), text.size());
-        if (const std::string reason = LineMistake(text.substr(0, end)); !reason.empty()) {
-            return std::to_string(number) + ": " + reason;
-        }
-        text.remove_prefix(std::min(end + 1, text.size()));
-    }
-    return "";
-}
-
 class Reader {
   public:
     Scenario Read(const toml::table& root) {
-        ScenarioTable table(root, "scenario", m_Mistake);
+        TomlTable table(root, "scenario", m_Mistake);
         Scenario scenario;
         if (const toml::array* devices = table.Tables("device", OS_ADAPT_MAX_DEVICES)) {
             for (const toml::node& device : *devices) {
@@ -91,7 +54,7 @@ class Reader {
 
   private:
     DeviceSpec ReadDevice(const toml::table& source) {
-        ScenarioTable table(source, "device", m_Mistake);
+        TomlTable table(source, "device", m_Mistake);
         DeviceSpec device;
         device.name = table.Name("name", kMaxDeviceText);
         if (!m_DeviceNames.insert(device.name).second) {
@@ -110,7 +73,7 @@ class Reader {
         return device;
     }
 
-    void CheckMode(const DeviceSpec& device, const ScenarioTable& table) {
+    void CheckMode(const DeviceSpec& device, const TomlTable& table) {
         if (std::none_of(device.ports.begin(), device.ports.end(),
                          [&](const PortSpec& port) { return IsInMode(port, device.mode); })) {
             m_Mistake.Note(table.Where("mode"),
@@ -119,7 +82,7 @@ class Reader {
     }
 
     PortSpec ReadPort(const toml::table& source) {
-        ScenarioTable table(source, "port", m_Mistake);
+        TomlTable table(source, "port", m_Mistake);
         PortSpec port;
         port.name = table.Name("name", kMaxPortName);
         port.mode = table.OptionalName("mode", kMaxMode);
@@ -137,14 +100,14 @@ class Reader {
         return port;
     }
 
-    static void ReadAt(ScenarioTable& table, PortSpec& port) {
+    static void ReadAt(TomlTable& table, PortSpec& port) {
         port.echo = table.Flag("echo", true);
         for (const auto& [command, text] : table.Texts("replies", kMaxReply)) {
             port.replies[Capitals(command)] = text;
         }
     }
 
-    FarEndKind ReadFarEnd(ScenarioTable& table) {
+    FarEndKind ReadFarEnd(TomlTable& table) {
         const std::string name = table.OptionalName("far", kMaxMode);
         std::string known;
         for (const FarEndName& farEnd : kFarEnds) {
@@ -159,7 +122,7 @@ class Reader {
         return FarEndKind::External;
     }
 
-    void CheckPort(const PortSpec& port, const ScenarioTable& table) {
+    void CheckPort(const PortSpec& port, const TomlTable& table) {
         if (!m_PortNames.insert(port.name).second) {
             m_Mistake.Note(table.Where("name"), "port '" + port.name + "' is there twice");
         }
@@ -184,20 +147,15 @@ class Reader {
 } // namespace
 
 ScenarioResult ReadScenario(const std::string& text, const std::string& fileName) {
-    if (const std::string mistake = TextMistake(text); !mistake.empty()) {
-        return {{}, fileName + ":" + mistake};
-    }
     try {
-        const toml::table root = toml::parse(text);
+        const toml::table root = ParseToml(text, fileName);
         Reader reader;
         Scenario scenario = reader.Read(root);
         if (reader.FirstMistake().IsNoted()) {
             return {{}, reader.FirstMistake().Text(fileName)};
         }
         return {std::move(scenario), ""};
-    } catch (const toml::parse_error& error) {
-        Mistake mistake;
-        mistake.Note(error.source(), std::string(error.description()));
-        return {{}, mistake.Text(fileName)};
+    } catch (const std::runtime_error& error) {
+        return {{}, error.what()};
     }
 }

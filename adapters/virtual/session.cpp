@@ -27,6 +27,10 @@ std::unique_ptr<const Scenario> LoadOrLog() {
 
 } // namespace
 
+std::shared_ptr<PortSource> StartPortSource(HandleTable& handles, StateNotifier& notifier) {
+    return std::make_shared<Session>(handles, notifier);
+}
+
 Session::Session(HandleTable& handles, StateNotifier& notifier)
     : m_Notifier(notifier), m_Wake(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
     if (!m_Wake.IsOpen()) {

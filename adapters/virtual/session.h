@@ -7,6 +7,7 @@
 #include <string>
 
 #include "adapters/shared/handle_table.h"
+#include "adapters/shared/port_source.h"
 #include "adapters/shared/state_notifier.h"
 #include "adapters/shared/unique_fd.h"
 #include "adapters/shared/worker_thread.h"
@@ -17,27 +18,25 @@
 /// Everything that lives from the first use of the adapter to its un-registration: devices, control
 /// directory and socket, and the thread that serves them. The thread never calls the host, so it
 /// can always be waited for.
-class Session {
+class Session : public PortSource {
   public:
     /// A scenario with a mistake gives a session without devices; a control directory that cannot
     /// be had, one without commands and links. Both are logged.
     /// @throws std::runtime_error when there is no thread or descriptor to run it
     Session(HandleTable& handles, StateNotifier& notifier);
 
-    ~Session() { Stop(); }
-    Session(const Session&) = delete;
-    Session& operator=(const Session&) = delete;
+    ~Session() override { Stop(); }
 
     /// Ends the thread, kills all handles, closes all lines and removes what is in the file system.
     /// Calls of Open and Wake may overlap with it; they find no ports. By one thread, which is not
     /// the service thread.
-    void Stop();
+    void Stop() override;
 
     /// As VirtualPorts::Open. Any thread.
-    int Open(const std::string& portName);
+    int Open(const std::string& portName) override;
 
     /// Makes the service thread look at everything anew. Any thread; takes no lock.
-    void Wake();
+    void Wake() override;
 
   private:
     void OpenControl();

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-#ifndef KOVASMGR_ADAPTERS_VIRTUAL_VIRTUAL_ADAPTER_H
-#define KOVASMGR_ADAPTERS_VIRTUAL_VIRTUAL_ADAPTER_H
+#ifndef KOVASMGR_ADAPTERS_ADAPTER_H
+#define KOVASMGR_ADAPTERS_ADAPTER_H
 
 #include <sys/types.h>
 
@@ -10,17 +10,18 @@
 
 #include "OSAdapt.h"
 #include "adapters/shared/handle_table.h"
+#include "adapters/shared/port_source.h"
 #include "adapters/shared/state_notifier.h"
-#include "adapters/virtual/session.h"
 
-/// The seven functions' bodies and the one state behind them.
+/// The seven functions' bodies and the one state behind them; what differs from adapter to adapter
+/// is the source of the ports.
 ///
-/// Threads: any. Lock order: session, ports, notifier, handles.
-class VirtualAdapter {
+/// Threads: any. Lock order: this one, the source's, notifier, handles.
+class Adapter {
   public:
     /// The one adapter. It is never destroyed: at the end of the process threads of the host may
     /// still be inside.
-    static VirtualAdapter& Instance();
+    static Adapter& Instance();
 
     int Register(OS_ADAPT_STATUS_CALLBACK callback);
     int UnRegister();
@@ -34,21 +35,24 @@ class VirtualAdapter {
     /// find no ports.
     void Shutdown();
 
-  private:
-    VirtualAdapter();
-    static void WakeSession(void* self);
-
-    /// The session, started when there is none.
+    /// The source of the ports, started when there is none.
     /// @throws std::runtime_error with the reason
-    std::shared_ptr<Session> UseSession();
-    void EndSession();
+    std::shared_ptr<PortSource> UseSource();
+
+    HandleTable& Handles() { return m_Handles; }
+
+  private:
+    Adapter();
+    static void WakeSource(void* self);
+
+    void EndSource();
     void Wake();
 
     HandleTable m_Handles;
     StateNotifier m_Notifier;
-    std::mutex m_SessionMutex; // held while a session starts or ends
-    std::shared_ptr<Session> m_Session;
-    std::atomic<pid_t> m_Owner{0}; // the process that started a session; a forked child is another
+    std::mutex m_SourceMutex; // held while a source starts or ends
+    std::shared_ptr<PortSource> m_Source;
+    std::atomic<pid_t> m_Owner{0}; // the process that started a source; a forked child is another
     std::atomic<bool> m_Gone{false};
 };
 

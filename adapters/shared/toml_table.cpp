@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "adapters/virtual/scenario_table.h"
+#include "adapters/shared/toml_table.h"
 
 #include <algorithm>
 
@@ -27,7 +27,7 @@ std::string Mistake::Text(const std::string& fileName) const {
     return fileName + ":" + std::to_string(m_Line) + ": " + m_Reason;
 }
 
-std::string ScenarioTable::Name(const char* key, size_t maxBytes) {
+std::string TomlTable::Name(const char* key, size_t maxBytes) {
     const toml::node* node = Find(key);
     if (node == nullptr) {
         NoteMissing(key);
@@ -38,11 +38,11 @@ std::string ScenarioTable::Name(const char* key, size_t maxBytes) {
     return text;
 }
 
-std::string ScenarioTable::OptionalName(const char* key, size_t maxBytes) {
+std::string TomlTable::OptionalName(const char* key, size_t maxBytes) {
     return m_Table.contains(key) ? Name(key, maxBytes) : "";
 }
 
-std::string ScenarioTable::Data(const char* key, size_t maxBytes) {
+std::string TomlTable::Data(const char* key, size_t maxBytes) {
     const toml::node* node = Find(key);
     if (node == nullptr) {
         NoteMissing(key);
@@ -51,7 +51,7 @@ std::string ScenarioTable::Data(const char* key, size_t maxBytes) {
     return Text(key, node, maxBytes);
 }
 
-bool ScenarioTable::Flag(const char* key, bool ifMissing) {
+bool TomlTable::Flag(const char* key, bool ifMissing) {
     const toml::node* node = Find(key);
     if (node != nullptr && !node->is_boolean()) {
         Note(key, "must be true or false");
@@ -59,7 +59,7 @@ bool ScenarioTable::Flag(const char* key, bool ifMissing) {
     return node == nullptr ? ifMissing : node->value_or(ifMissing);
 }
 
-long ScenarioTable::Number(const char* key, long ifMissing, long least, long most) {
+long TomlTable::Number(const char* key, long ifMissing, long least, long most) {
     const toml::node* node = Find(key);
     if (node == nullptr) {
         return ifMissing;
@@ -73,7 +73,7 @@ long ScenarioTable::Number(const char* key, long ifMissing, long least, long mos
     return static_cast<long>(*value);
 }
 
-std::map<std::string, std::string> ScenarioTable::Texts(const char* key, size_t maxBytes) {
+std::map<std::string, std::string> TomlTable::Texts(const char* key, size_t maxBytes) {
     std::map<std::string, std::string> texts;
     const toml::node* node = Find(key);
     const toml::table* table = node == nullptr ? nullptr : node->as_table();
@@ -97,7 +97,7 @@ std::map<std::string, std::string> ScenarioTable::Texts(const char* key, size_t 
     return texts;
 }
 
-const toml::array* ScenarioTable::Tables(const char* key, size_t most) {
+const toml::array* TomlTable::Tables(const char* key, size_t most) {
     const toml::node* node = Find(key);
     if (node == nullptr) {
         m_Mistake.Note(m_Table.source(), std::string(m_What) + " has no " + key);
@@ -116,12 +116,12 @@ const toml::array* ScenarioTable::Tables(const char* key, size_t most) {
     return tables;
 }
 
-const toml::source_region& ScenarioTable::Where(const char* key) const {
+const toml::source_region& TomlTable::Where(const char* key) const {
     const toml::node* node = m_Table.get(key);
     return node == nullptr ? m_Table.source() : node->source();
 }
 
-void ScenarioTable::RefuseOtherKeys() {
+void TomlTable::RefuseOtherKeys() {
     for (const auto& [key, value] : m_Table) {
         if (m_Asked.count(key.str()) == 0) {
             m_Mistake.Note(key.source(), std::string(m_What) + " has no key '" +
@@ -130,12 +130,12 @@ void ScenarioTable::RefuseOtherKeys() {
     }
 }
 
-const toml::node* ScenarioTable::Find(const char* key) {
+const toml::node* TomlTable::Find(const char* key) {
     m_Asked.insert(key);
     return m_Table.get(key);
 }
 
-std::string ScenarioTable::Text(const char* key, const toml::node* node, size_t maxBytes) {
+std::string TomlTable::Text(const char* key, const toml::node* node, size_t maxBytes) {
     const auto text = node->value_exact<std::string>();
     if (!text) {
         Note(key, "must be a text");
@@ -148,16 +148,16 @@ std::string ScenarioTable::Text(const char* key, const toml::node* node, size_t 
     return *text;
 }
 
-void ScenarioTable::RefuseControlCharacters(const char* key, const std::string& text) {
+void TomlTable::RefuseControlCharacters(const char* key, const std::string& text) {
     if (std::any_of(text.begin(), text.end(), IsControl)) {
         Note(key, "must not contain control characters");
     }
 }
 
-void ScenarioTable::Note(const char* key, const std::string& reason) {
+void TomlTable::Note(const char* key, const std::string& reason) {
     m_Mistake.Note(Where(key), Quoted(key) + " " + reason);
 }
 
-void ScenarioTable::NoteMissing(const char* key) {
+void TomlTable::NoteMissing(const char* key) {
     m_Mistake.Note(m_Table.source(), std::string(m_What) + " lacks " + Quoted(key));
 }

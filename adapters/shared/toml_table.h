@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-#ifndef KOVASMGR_ADAPTERS_VIRTUAL_SCENARIO_TABLE_H
-#define KOVASMGR_ADAPTERS_VIRTUAL_SCENARIO_TABLE_H
+#ifndef KOVASMGR_ADAPTERS_TOML_TABLE_H
+#define KOVASMGR_ADAPTERS_TOML_TABLE_H
 
 #include <cstddef>
 #include <map>
@@ -9,11 +9,11 @@
 #include <string_view>
 
 #define TOML_ENABLE_FORMATTERS 0
-// The parser recurses. With the bound on dots in scenario_reader.cpp this one bounds how deep.
+// The parser recurses. With the bound on dots in toml_text.cpp this one bounds how deep.
 #define TOML_MAX_NESTED_VALUES 16
 #include <toml++/toml.h>
 
-/// The first mistake found in a scenario, and where. Later ones are not kept.
+/// The first mistake found in a file, and where. Later ones are not kept.
 class Mistake {
   public:
     void Note(const toml::source_region& where, const std::string& reason);
@@ -28,10 +28,10 @@ class Mistake {
 
 /// Reads the keys of one TOML table and finds the mistakes in it. A value that is wrong or missing
 /// is noted as a mistake and read as its default.
-class ScenarioTable {
+class TomlTable {
   public:
     /// @param what  the table's name in messages: "device"
-    ScenarioTable(const toml::table& table, const char* what, Mistake& mistake)
+    TomlTable(const toml::table& table, const char* what, Mistake& mistake)
         : m_Table(table), m_What(what), m_Mistake(mistake) {}
 
     /// A text without control characters, of 1 to maxBytes bytes.

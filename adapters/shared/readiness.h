@@ -1,0 +1,70 @@
+// SPDX-License-Identifier: MIT
+#ifndef KOVASMGR_ADAPTERS_READINESS_H
+#define KOVASMGR_ADAPTERS_READINESS_H
+
+#include <sys/epoll.h>
+
+#include <chrono>
+#include <cstdint>
+#include <unordered_map>
+#include <vector>
+
+#include "adapters/shared/unique_fd.h"
+
+/// Knows which of many descriptors have something to read, hung-up and broken ones included, so
+/// that a host which asks each of them a hundred times a second costs one system call a sweep: the
+/// kernel is asked about all of them together, and its answer serves each descriptor once, within a
+/// millisecond.
+///
+/// Holds a descriptor of its own, and memory, while it watches any.
+///
+/// Threads: none of its own and no lock; HandleTable guards it.
+class Readiness {
+  public:
+    using Clock = std::chrono::steady_clock;
+
+    /// How old an answer may be: so much longer than without it, at most, does data wait.
+    static constexpr std::chrono::milliseconds kFresh{1};
+
+    /// Watches an open descriptor under a new handle. One that cannot be watched is never idle.
+    void Watch(int handle, int descriptor);
+
+    /// To be called while the descriptor is open: the kernel watches what is open, however it was
+    /// opened, and would go on with a duplicate.
+    void Forget(int handle);
+
+    /// Whether there is surely nothing to read. A descriptor that the last answer did not know yet
+    /// is not idle.
+    bool IsIdle(int handle) {
+        const auto found = m_Watched.find(handle);
+        if (found == m_Watched.end()) {
+            return false;
+        }
+        Watched& watched = found->second;
+        const Clock::time_point now = Clock::now();
+        if (watched.askedIn == m_Round || now - m_RoundStart > kFresh) {
+            StartRound(now);
+        }
+        watched.askedIn = m_Round;
+        return watched.readyIn != m_Round;
+    }
+
+  private:
+    struct Watched {
+        int descriptor;
+        uint64_t askedIn; // the last round in which the host asked
+        uint64_t readyIn; // the last round in which it was ready
+    };
+
+    bool Enter(int handle, int descriptor);
+    void EndIfUnused();
+    void StartRound(Clock::time_point now);
+
+    UniqueFd m_Set; // an epoll set
+    std::unordered_map<int, Watched> m_Watched;
+    std::vector<epoll_event> m_Events; // room for an answer about all of them
+    uint64_t m_Round = 1;              // counts the kernel's answers
+    Clock::time_point m_RoundStart{};
+};
+
+#endif

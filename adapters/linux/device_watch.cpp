@@ -61,7 +61,7 @@ std::optional<DeviceTable::Port> DeviceWatch::Find(const std::string& node) {
 int DeviceWatch::Enter(const DeviceTable::Port& port, HandleTable::Terminal terminal) {
     const Lock lock(m_Mutex);
     const DeviceTable::Port* present = m_Table.FindNode(port.facts.node);
-    if (present == nullptr || present->arrival != port.arrival || IsReplaced(*present)) {
+    if (m_Stop || present == nullptr || present->arrival != port.arrival || IsReplaced(*present)) {
         throw std::runtime_error("its device went away while it was being opened");
     }
     const int handle = m_Handles.Add(port.facts.node, std::move(terminal));

@@ -62,6 +62,7 @@ void DeviceWatch::Stop() {
     m_Stop = true;
     Wake();
     m_Thread.Join();
+    const Lock lock(m_Mutex); // whoever is entering a port has entered it; nobody else will
 }
 
 void DeviceWatch::OpenMonitors() {

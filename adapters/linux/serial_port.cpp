@@ -31,15 +31,16 @@ UniqueFd OpenNode(const std::string& node) {
     return terminal;
 }
 
-void CheckNode(int terminal, dev_t number) {
-    struct stat info {};
-    if (fstat(terminal, &info) != 0) {
+void CheckNode(int terminal, const PortFacts& facts) {
+    struct stat opened {};
+    struct stat named {};
+    if (fstat(terminal, &opened) != 0 || stat(facts.node.c_str(), &named) != 0) {
         Fail(errno);
     }
-    if (!S_ISCHR(info.st_mode)) {
+    if (!S_ISCHR(opened.st_mode)) {
         Fail(ENOTTY);
     }
-    if (number != 0 && info.st_rdev != number) {
+    if (facts.number != 0 && named.st_rdev != facts.number) {
         Fail(ENODEV);
     }
 }
@@ -63,7 +64,7 @@ dev_t NumberOf(const PortFacts& facts) {
 
 std::shared_ptr<SerialPort> OpenOccupied(const PortFacts& facts) {
     UniqueFd terminal = OpenNode(facts.node);
-    CheckNode(terminal.Get(), facts.number);
+    CheckNode(terminal.Get(), facts);
     const TerminalState before = TerminalState::Of(terminal.Get());
     Occupy(terminal.Get());
     return std::make_shared<SerialPort>(std::move(terminal), before);

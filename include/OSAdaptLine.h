@@ -25,7 +25,7 @@
  *   rts=on, off, keep    the same for RTS
  *   low_latency=on, off, keep
  *                        whether the driver hands bytes over at once
- *   write_timeout=1000   milliseconds that a write waits for room, 1 to 10000; all ports wait with it
+ *   write_timeout=1000   milliseconds that a write waits for room, 1 to 10000; all ports wait too
  *   break, break=250     a break of 250, or of 1 to 5000, milliseconds
  *
  * Without any of these a line is "115200 8N1 flow=none dtr=keep rts=keep low_latency=keep
@@ -53,19 +53,21 @@ KOVASMGR_BEGIN_DECLS
  *           that is configured for it.
  *
  * Returns, in this order:
- *   30001 (failed)   portName is null; no port of this name is there; the text has a mistake; it has
- *                    a break and the port is not open; with null or "": the configuration has a
- *                    mistake; the driver refused a setting of an open port, or its device is gone.
- *                    The reason is in "KOVASMgr.log".
+ *   30001 (failed)   portName is null; the text has a mistake; no port of this name is there; there
+ *                    is a break and the port is not open; with null or "": the configuration of the
+ *                    open port has a mistake; the driver refused a setting of an open port, or its
+ *                    device is gone. The reason is in "KOVASMgr.log".
  *   30000 (success)  otherwise.
  * On failure nothing is changed: the line works on as before, nothing is remembered or forgotten.
  *
- * Threads: any, also a callback's. Calls for one port wait for each other. A break is waited for in
- * the call, and ends early when the device goes.
+ * Threads: any, also a callback's. Calls wait for each other, but not for a break, which is sent
+ * last and ends early when the device goes.
  *
- * Note: a break is not remembered. What was written and has not gone out yet goes out with the new
- * settings. Where the port is not open, the driver is asked at the next opening, and what it
- * refuses then keeps the port from opening.
+ * Note: a break is not remembered, and when it is what failed, the rest of the text holds all the
+ * same. DTR, RTS and low latency that are to be kept stay as they are, also when what was set is
+ * forgotten: nobody knows how the kernel had left them. What was written and has not gone out yet
+ * goes out with the new settings. Where the port is not open, the driver is asked at the next
+ * opening, and what it refuses then keeps the port from opening.
  */
 KOVASMGR_API int OSADAPT_SetLine(const char* portName, const char* settings);
 

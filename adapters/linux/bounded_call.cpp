@@ -19,8 +19,10 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-// On a machine so busy that the thread was cancelled before it made its call, another one tries.
+// On a machine so busy that the thread was cancelled before it made its call, another one tries with
+// more time.
 constexpr int kMaxAttempts = 5;
+constexpr std::chrono::milliseconds kMoreTime{20};
 
 // A call on its way. The thread is cancelled inside the call only, where it holds no lock and no
 // object: how the stack is unwound there does not matter.
@@ -43,15 +45,16 @@ class Call {
   private:
     static void Enter(void* self) { static_cast<Call*>(self)->Run(); }
 
+    // Without a local object, as the comment above says.
     void Run() {
         NoteBegin();
         // Deferred cancellation would not interrupt a call that is no cancellation point.
-        int before = 0;
-        pthread_setcanceltype(PTHREAD_CANCEL_ASYNCHRONOUS, &before);
+        // NOLINTNEXTLINE(cert-pos47-c,concurrency-thread-canceltype-asynchronous): for that call only
+        pthread_setcanceltype(PTHREAD_CANCEL_ASYNCHRONOUS, nullptr);
         pthread_setcancelstate(PTHREAD_CANCEL_ENABLE, nullptr);
         m_Call(m_Argument);
         pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, nullptr);
-        pthread_setcanceltype(before, nullptr);
+        pthread_setcanceltype(PTHREAD_CANCEL_DEFERRED, nullptr);
         NoteEnd();
     }
 
@@ -131,7 +134,7 @@ bool LetGoWithin(int descriptor, std::chrono::milliseconds time) {
         if (AreSameFile(empty.Get(), descriptor)) {
             return true;
         }
-        if (!CallWithin(time, Replace, &replacement)) {
+        if (!CallWithin(time + attempt * kMoreTime, Replace, &replacement)) {
             return false;
         }
     }

@@ -78,7 +78,7 @@ class LineFileReader {
     }
 
     std::string ReadId(TomlTable& table) {
-        const std::string id = Lower(table.OptionalName("id", kMaxText));
+        std::string id = Lower(table.OptionalName("id", kMaxText));
         const size_t colon = std::min(id.find(':'), id.size());
         if (!id.empty() &&
             !(IsHex(id.substr(0, colon)) && colon < id.size() && IsHex(id.substr(colon + 1)))) {

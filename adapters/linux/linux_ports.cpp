@@ -38,11 +38,13 @@ void LinuxPorts::SetLine(const std::string& portName, const std::string& text) {
     }
     LineChange total = text.empty() ? LineChange{} : HostChange(port);
     Apply(change, total);
-    LineSettings settings = ConfiguredLine(port.facts, port.deviceName);
-    Apply(total, settings);
+    LineSettings settings;
     if (terminal != nullptr && text.empty()) {
+        settings = ConfiguredLine(port.facts, port.deviceName);
         terminal->Change(settings);
     } else if (terminal != nullptr) {
+        settings = terminal->Settings();
+        Apply(change, settings);
         terminal->Change(settings, change);
     }
     m_HostLines[portName] = {port.arrival, total};

@@ -55,7 +55,7 @@ bool HasOpen(const std::string& process, dev_t number, Clock::time_point deadlin
     const Directory descriptors(opendir(folder.c_str()));
     std::string descriptor = NextNumber(descriptors);
     while (!descriptor.empty() && Clock::now() < deadline) {
-        if (IsTerminal(folder + "/" + descriptor, number)) {
+        if (IsTerminal(std::string(folder).append("/").append(descriptor), number)) {
             return true;
         }
         descriptor = NextNumber(descriptors);
@@ -83,7 +83,8 @@ std::string PortHolders(dev_t number) {
     std::string process = NextNumber(processes);
     while (!process.empty() && count < kMaxHolders && Clock::now() < deadline) {
         if (HasOpen(process, number, deadline)) {
-            holders += (count++ == 0 ? "" : ", ") + Describe(process);
+            holders += count++ == 0 ? "" : ", ";
+            holders += Describe(process);
         }
         process = NextNumber(processes);
     }

@@ -93,16 +93,15 @@ bool NamesFraming(const LineChange& change) {
 std::shared_ptr<SerialPort> SerialPort::Open(const PortFacts& facts, const LineSettings& settings) {
     // Bounded, and a cancellation half-way would lose the descriptor.
     const CancelShield shield;
-    const std::string failure = "port '" + Printable(facts.node) + "' cannot be opened: ";
     try {
         std::shared_ptr<SerialPort> port = OpenOccupied(facts);
         port->ChangeWhole(settings, Everything(settings));
         return port;
     } catch (const std::system_error& error) {
         throw std::runtime_error(
-            failure + OpenFailureText(facts.node, NumberOf(facts), error.code().value()));
+            OpenFailureText(facts.node, NumberOf(facts), error.code().value()));
     } catch (const std::runtime_error& error) {
-        throw std::runtime_error(failure + error.what() + Advice());
+        throw std::runtime_error(error.what() + Advice());
     }
 }
 
@@ -143,6 +142,12 @@ void SerialPort::ChangeWhole(const LineSettings& all, const LineChange& change) 
         throw;
     }
     SetWriteTime(all.writeTime);
+    m_Settings = all;
+}
+
+LineSettings SerialPort::Settings() {
+    const std::lock_guard<std::mutex> lock(m_ChangeMutex);
+    return m_Settings;
 }
 
 void SerialPort::SetLine(const LineSettings& all, const LineChange& change) {

@@ -37,6 +37,9 @@ class SerialPort : public OpenTerminal {
     /// The same with all settings new; a line that is to be kept is not touched.
     void Change(const LineSettings& all);
 
+    /// The settings that hold.
+    LineSettings Settings();
+
     /// For Open.
     SerialPort(UniqueFd terminal, const TerminalState& before);
 
@@ -45,7 +48,8 @@ class SerialPort : public OpenTerminal {
     void ChangeWhole(const LineSettings& all, const LineChange& change);
     void SetLine(const LineSettings& all, const LineChange& change);
 
-    std::mutex m_ChangeMutex; // one change at a time
+    std::mutex m_ChangeMutex; // one change at a time; guards the settings
+    LineSettings m_Settings;
     const TerminalState m_Before;
 };
 

@@ -16,6 +16,7 @@
 namespace {
 
 constexpr uint64_t kTolerancePercent = 3;
+constexpr int kLowLatency = static_cast<int>(ASYNC_LOW_LATENCY);
 
 // Beyond these codes a rate is given as a number. A code is preferred because the C library, and so
 // other programs, cannot tell the number.
@@ -96,11 +97,6 @@ void AskForFlow(termios2& settings, FlowControl flow) {
     settings.c_cc[VSTOP] = 0x13;
 }
 
-bool IsNear(uint32_t asked, uint32_t got) {
-    const uint64_t off = asked > got ? asked - got : got - asked;
-    return off * 100 <= uint64_t{asked} * kTolerancePercent;
-}
-
 void CheckTaken(const termios2& got, const termios2& asked, const LineSettings& line) {
     const tcflag_t wrong = got.c_cflag ^ asked.c_cflag;
     if (!IsNear(line.baudRate, got.c_ospeed)) {
@@ -126,7 +122,7 @@ std::optional<bool> LowLatencyOf(int terminal) {
     if (ioctl(terminal, TIOCGSERIAL, &serial) != 0) {
         return std::nullopt;
     }
-    return (serial.flags & ASYNC_LOW_LATENCY) != 0;
+    return (serial.flags & kLowLatency) != 0;
 }
 
 // @return 0, or an errno value.
@@ -135,7 +131,7 @@ int TrySetLowLatency(int terminal, bool on) {
     if (ioctl(terminal, TIOCGSERIAL, &serial) != 0) {
         return errno;
     }
-    serial.flags = on ? serial.flags | ASYNC_LOW_LATENCY : serial.flags & ~ASYNC_LOW_LATENCY;
+    serial.flags = on ? serial.flags | kLowLatency : serial.flags & ~kLowLatency;
     return ioctl(terminal, TIOCSSERIAL, &serial) == 0 ? 0 : errno;
 }
 
@@ -147,6 +143,11 @@ void SetModemLine(int terminal, int line, const char* name, LineSwitch state) {
 }
 
 } // namespace
+
+bool IsNear(uint32_t asked, uint32_t got) {
+    const uint64_t off = asked > got ? asked - got : got - asked;
+    return off * 100 <= uint64_t{asked} * kTolerancePercent;
+}
 
 TerminalState TerminalState::Of(int terminal) {
     auto settings = std::make_shared<termios2>();

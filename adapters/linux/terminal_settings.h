@@ -35,8 +35,11 @@ class TerminalState {
 /// Makes the terminal raw, so that all 256 byte values pass (with XON/XOFF, all but those two), and
 /// sets baud rate, framing and flow control. What has not gone out yet goes out in the new way;
 /// nothing is flushed. The result is read back: a setting that the driver did not take is an error,
-/// and a baud rate may be 3 % off.
+/// and so is a baud rate that is not near.
 void SetFraming(int terminal, const LineSettings& settings);
+
+/// Whether a baud rate may stand for another: 3 % off, which a receiver still follows.
+bool IsNear(uint32_t asked, uint32_t got);
 
 /// A state of Keep does nothing.
 void SetLowLatency(int terminal, LineSwitch state);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "adapters/shared/readiness.h"
 
+#include <algorithm>
 #include <new>
 
 #include "adapters/shared/cancel_shield.h"
@@ -14,26 +15,36 @@ void Readiness::Watch(int handle, int descriptor) {
     event.data.fd = handle;
     if (Enter(handle, descriptor) &&
         epoll_ctl(m_Set.Get(), EPOLL_CTL_ADD, descriptor, &event) != 0) {
-        m_Watched.erase(handle);
+        m_Watched.pop_back();
     }
     EndIfUnused();
 }
 
 void Readiness::Forget(int handle) {
-    const auto found = m_Watched.find(handle);
-    if (found == m_Watched.end()) {
+    const size_t place = FindPlace(handle);
+    if (place == m_Watched.size()) {
         return;
     }
-    epoll_ctl(m_Set.Get(), EPOLL_CTL_DEL, found->second.descriptor, nullptr);
-    m_Watched.erase(found);
+    const auto watched = m_Watched.begin() + static_cast<std::ptrdiff_t>(place);
+    epoll_ctl(m_Set.Get(), EPOLL_CTL_DEL, watched->descriptor, nullptr);
+    m_Watched.erase(watched);
     EndIfUnused();
+}
+
+// @return as many as there are when it is not among them.
+size_t Readiness::FindPlace(int handle) const {
+    const auto found = std::lower_bound(
+        m_Watched.begin(), m_Watched.end(), handle,
+        [](const Watched& watched, int wanted) { return watched.handle < wanted; });
+    const bool isFound = found != m_Watched.end() && found->handle == handle;
+    return static_cast<size_t>((isFound ? found : m_Watched.end()) - m_Watched.begin());
 }
 
 // @return false when there is no memory.
 bool Readiness::Enter(int handle, int descriptor) {
     try {
         m_Events.resize(m_Watched.size() + 1);
-        m_Watched.emplace(handle, Watched{descriptor, m_Round - 1, m_Round});
+        m_Watched.push_back(Watched{handle, descriptor, m_Round - 1, m_Round});
         return true;
     } catch (const std::bad_alloc&) {
         return false;
@@ -44,7 +55,7 @@ bool Readiness::Enter(int handle, int descriptor) {
 void Readiness::EndIfUnused() {
     if (m_Watched.empty()) {
         m_Set.Reset();
-        m_Watched = std::unordered_map<int, Watched>();
+        m_Watched = std::vector<Watched>();
         m_Events = std::vector<epoll_event>();
     }
 }
@@ -56,14 +67,14 @@ void Readiness::StartRound(Clock::time_point now) {
     const int count =
         epoll_wait(m_Set.Get(), m_Events.data(), static_cast<int>(m_Events.size()), 0);
     if (count < 0) {
-        for (auto& watched : m_Watched) {
-            watched.second.readyIn = m_Round;
+        for (Watched& watched : m_Watched) {
+            watched.readyIn = m_Round;
         }
     }
     for (int i = 0; i < count; ++i) {
-        const auto found = m_Watched.find(m_Events[static_cast<size_t>(i)].data.fd);
-        if (found != m_Watched.end()) {
-            found->second.readyIn = m_Round;
+        const size_t place = FindPlace(m_Events[static_cast<size_t>(i)].data.fd);
+        if (place != m_Watched.size()) {
+            m_Watched[place].readyIn = m_Round;
         }
     }
 }

@@ -5,8 +5,8 @@
 #include <sys/epoll.h>
 
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
-#include <unordered_map>
 #include <vector>
 
 #include "adapters/shared/unique_fd.h"
@@ -26,7 +26,8 @@ class Readiness {
     /// How old an answer may be: so much longer than without it, at most, does data wait.
     static constexpr std::chrono::milliseconds kFresh{1};
 
-    /// Watches an open descriptor under a new handle. One that cannot be watched is never idle.
+    /// Watches an open descriptor under a new handle, greater than any before. One that cannot be
+    /// watched is never idle.
     void Watch(int handle, int descriptor);
 
     /// To be called while the descriptor is open: the kernel watches what is open, however it was
@@ -36,11 +37,12 @@ class Readiness {
     /// Whether there is surely nothing to read. A descriptor that the last answer did not know yet
     /// is not idle.
     bool IsIdle(int handle) {
-        const auto found = m_Watched.find(handle);
-        if (found == m_Watched.end()) {
+        const size_t place = Place(handle);
+        if (place == m_Watched.size()) {
             return false;
         }
-        Watched& watched = found->second;
+        Watched& watched = m_Watched[place];
+        m_NextPlace = place + 1;
         const Clock::time_point now = Clock::now();
         if (watched.askedIn == m_Round || now - m_RoundStart > kFresh) {
             StartRound(now);
@@ -51,19 +53,29 @@ class Readiness {
 
   private:
     struct Watched {
+        int handle;
         int descriptor;
-        uint64_t askedIn; // the last round in which the host asked
-        uint64_t readyIn; // the last round in which it was ready
+        uint32_t askedIn; // the last round in which the host asked
+        uint32_t readyIn; // the last round in which it was ready
     };
 
+    size_t Place(int handle) const {
+        if (m_NextPlace < m_Watched.size() && m_Watched[m_NextPlace].handle == handle) {
+            return m_NextPlace;
+        }
+        return FindPlace(handle);
+    }
+
+    size_t FindPlace(int handle) const;
     bool Enter(int handle, int descriptor);
     void EndIfUnused();
     void StartRound(Clock::time_point now);
 
-    UniqueFd m_Set; // an epoll set
-    std::unordered_map<int, Watched> m_Watched;
+    UniqueFd m_Set;                    // an epoll set
+    std::vector<Watched> m_Watched;    // by ascending handle, close together for the cache's sake
+    size_t m_NextPlace = 0;            // behind the one that was asked last: hosts ask in turn
     std::vector<epoll_event> m_Events; // room for an answer about all of them
-    uint64_t m_Round = 1;              // counts the kernel's answers
+    uint32_t m_Round = 1;              // counts the kernel's answers
     Clock::time_point m_RoundStart{};
 };
 

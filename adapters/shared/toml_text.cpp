@@ -38,7 +38,8 @@ void CheckLines(std::string_view text, const std::string& fileName) {
     for (size_t number = 1; !text.empty(); ++number) {
         const size_t end = std::min(text.find('\n'), text.size());
         if (const std::string reason = LineMistake(text.substr(0, end)); !reason.empty()) {
-            throw std::runtime_error(fileName + ":" + std::to_string(number) + ": " + reason);
+            std::string where = fileName + ":" + std::to_string(number);
+            throw std::runtime_error(where.append(": ").append(reason));
         }
         text.remove_prefix(std::min(end + 1, text.size()));
     }

@@ -22,7 +22,7 @@ RULES = [
     (r"api/.*", "system",
      [r"api/.*", r"manager/.*", r"common/(jdir|cancel_shield)\.h", r"include/(?!KOVASMgrWriteLog).*"]),
     (r"adapters/.*", "any",
-     [r"include/(OSAdapt|KOVASMgrLog|KOVASMgrExport)\.h", r"adapters/shared/.*", r"{own}/.*"]),
+     [r"include/(OSAdapt(Line)?|KOVASMgrLog|KOVASMgrExport)\.h", r"adapters/shared/.*", r"{own}/.*"]),
     (r"(tools|examples)/.*", "any", [r"include/.*", r"{own}/.*"]),
     (r"tests/(api|system|package)/.*", "any",
      [r"include/.*", r"tests/(fakes|harness)/.*", r"{own}/.*"]),

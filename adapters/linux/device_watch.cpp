@@ -46,6 +46,7 @@ void DeviceWatch::Refresh() {
     const Lock lock(m_Mutex);
     if (!std::exchange(m_IsFresh, false) || Now() - m_Started > kFreshTime) {
         Compare();
+        Publish();
         Wake();
     }
 }
@@ -162,8 +163,8 @@ void DeviceWatch::Admit(const Arrivals::Port& port) {
     if (const DeviceTable::Port* holder = m_Table.FindNode(port.facts.node); holder != nullptr) {
         Leave(std::string(holder->facts.sysPath));
     }
+    BeginChange(OS_ADAPT_DEVICE_INSERT);
     m_Table.Add(port.facts, port.sequence);
-    Publish();
 }
 
 void DeviceWatch::Leave(const std::string& sysPath) {
@@ -172,8 +173,8 @@ void DeviceWatch::Leave(const std::string& sysPath) {
         return;
     }
     m_Handles.KillPort(port->facts.node);
+    BeginChange(OS_ADAPT_DEVICE_PULLOUT);
     m_Table.Remove(sysPath);
-    Publish();
 }
 
 // The number is noted first: what happens during the scan is looked at again when its event comes.
@@ -230,4 +231,17 @@ void DeviceWatch::EnterWhatIsNew(Scan& scan) {
     }
 }
 
-void DeviceWatch::Publish() { m_Notifier.Publish(m_Table.Reported()); }
+// A run of removals and a run of arrivals are told apart, so the table between them is published too.
+void DeviceWatch::BeginChange(_OS_ADAPT_DEVICESTATUS_TYPE direction) {
+    if (m_Unpublished && *m_Unpublished != direction) {
+        Publish();
+    }
+    m_Unpublished = direction;
+}
+
+void DeviceWatch::Publish() {
+    if (m_Unpublished) {
+        m_Notifier.Publish(m_Table.Reported());
+        m_Unpublished.reset();
+    }
+}

@@ -10,6 +10,7 @@
 #include <optional>
 #include <string>
 
+#include "OSAdapt.h"
 #include "adapters/linux/arrivals.h"
 #include "adapters/linux/device_table.h"
 #include "adapters/linux/event_monitor.h"
@@ -21,7 +22,7 @@
 #include "adapters/shared/worker_thread.h"
 
 /// Keeps the table of the ports that are present in step with the system, event by event, and
-/// publishes each change.
+/// publishes the changes: what came or went together, together.
 ///
 /// The kernel says first that a port comes or goes. A port that goes is taken out at once: what the
 /// host holds open of it is dead, so that its node is free for what comes next. A port that comes
@@ -79,6 +80,7 @@ class DeviceWatch {
     Scan ScanSystem();
     void LeaveWhatIsGone(const Scan& scan);
     void EnterWhatIsNew(Scan& scan);
+    void BeginChange(_OS_ADAPT_DEVICESTATUS_TYPE direction);
     void Publish();
 
     // The thread
@@ -101,8 +103,10 @@ class DeviceWatch {
     DeviceTable m_Table;
     Arrivals m_Arrivals;
     uint64_t m_Compared = 0; // the kernel's last event when the system was last looked at
-    bool m_Lost = false;     // a comparison is due; set by the thread alone
-    bool m_IsFresh = true;   // nobody has asked yet for what the constructor found
+    // What has changed in the table since it was published: arrivals or removals, never both.
+    std::optional<_OS_ADAPT_DEVICESTATUS_TYPE> m_Unpublished;
+    bool m_Lost = false;   // a comparison is due; set by the thread alone
+    bool m_IsFresh = true; // nobody has asked yet for what the constructor found
     Instant m_Started;
     WorkerThread m_Thread;
 };

@@ -138,6 +138,7 @@ void DeviceWatch::ServeOnce() {
         Compare();
     }
     Settle();
+    Publish();
 }
 
 // Without the lock: only this thread exchanges the monitors.

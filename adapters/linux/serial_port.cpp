@@ -70,6 +70,12 @@ std::shared_ptr<SerialPort> OpenOccupied(const PortFacts& facts) {
     return std::make_shared<SerialPort>(std::move(terminal), before);
 }
 
+// Nothing can be sent or set any more, and nothing is waited for.
+bool IsHungUp(int terminal) {
+    int line = 0;
+    return ioctl(terminal, TIOCGETD, &line) != 0 && errno == EIO;
+}
+
 std::string Advice() {
     return "; set the line otherwise (OSADAPT_LINE, linux.toml or OSADAPT_SetLine)";
 }
@@ -113,6 +119,9 @@ SerialPort::SerialPort(UniqueFd terminal, const TerminalState& before)
 // In this order: restored earlier, the settings would garble what is still going out.
 SerialPort::~SerialPort() {
     const CancelShield shield;
+    if (IsHungUp(Descriptor())) {
+        return; // closes at once, and the sooner, the likelier the device gets its node again
+    }
     DrainWithin(Descriptor(), kDrainTime);
     m_Before.Restore(Descriptor());
     ioctl(Descriptor(), TIOCNXCL);

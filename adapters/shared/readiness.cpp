@@ -1,13 +1,17 @@
 // SPDX-License-Identifier: MIT
 #include "adapters/shared/readiness.h"
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <new>
 
 #include "adapters/shared/cancel_shield.h"
 
 void Readiness::Watch(int handle, int descriptor) {
+    LeaveParentsSet();
     if (!m_Set.IsOpen()) {
+        m_Owner = getpid();
         m_Set = UniqueFd(epoll_create1(EPOLL_CLOEXEC));
     }
     epoll_event event{};
@@ -21,6 +25,7 @@ void Readiness::Watch(int handle, int descriptor) {
 }
 
 void Readiness::Forget(int handle) {
+    LeaveParentsSet();
     const size_t place = FindPlace(handle);
     if (place == m_Watched.size()) {
         return;
@@ -29,6 +34,15 @@ void Readiness::Forget(int handle) {
     epoll_ctl(m_Set.Get(), EPOLL_CTL_DEL, watched->descriptor, nullptr);
     m_Watched.erase(watched);
     EndIfUnused();
+}
+
+// A forked child has the same set as its parent: what it changed there, its parent would miss. What
+// the child has inherited is read without asking.
+void Readiness::LeaveParentsSet() {
+    if (m_Set.IsOpen() && m_Owner != getpid()) {
+        m_Watched.clear();
+        EndIfUnused();
+    }
 }
 
 // @return as many as there are when it is not among them.

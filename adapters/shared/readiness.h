@@ -3,6 +3,7 @@
 #define KOVASMGR_ADAPTERS_READINESS_H
 
 #include <sys/epoll.h>
+#include <sys/types.h>
 
 #include <chrono>
 #include <cstddef>
@@ -67,11 +68,13 @@ class Readiness {
     }
 
     size_t FindPlace(int handle) const;
+    void LeaveParentsSet();
     bool Enter(int handle, int descriptor);
     void EndIfUnused();
     void StartRound(Clock::time_point now);
 
     UniqueFd m_Set;                    // an epoll set
+    pid_t m_Owner = 0;                 // the process that made it
     std::vector<Watched> m_Watched;    // by ascending handle, close together for the cache's sake
     size_t m_NextPlace = 0;            // behind the one that was asked last: hosts ask in turn
     std::vector<epoll_event> m_Events; // room for an answer about all of them

@@ -303,7 +303,8 @@ TEST_F(Notice, TwoHundredPlugsAndPullsAreToldOneByOne) {
         ASSERT_EQ("- right(r0 r1)", notices[i]);
         ASSERT_EQ(std::string("+ ") + kBoth, notices[i + 1]);
     }
-    EXPECT_EQ(descriptors + 2, OpenDescriptors()); // l0 and r0 are open
+    // l0 and r0 are open, and the set by which open ports are watched.
+    EXPECT_EQ(descriptors + 3, OpenDescriptors());
 }
 
 TEST_F(Notice, ANoticeThatUnRegistersGoesOnSeeingItsTable) {

@@ -20,6 +20,7 @@
 #include "tests/adapters/descriptors_used_up.h"
 #include "tests/adapters/far_program.h"
 #include "tests/adapters/virtual_bench.h"
+#include "tests/adapters/watched_descriptors.h"
 #include "tests/harness/process_counts.h"
 #include "tests/harness/wait_until.h"
 
@@ -106,7 +107,7 @@ TEST_F(OpenPort, AWriteThatNobodyFetchesEndsWithinABoundAndIsLoggedOnce) {
     EXPECT_EQ(0, m_Adapter.WriteText(handle, block));
     EXPECT_EQ(0, m_Adapter.WriteText(handle, block));
     EXPECT_LT(SecondsSince(start), 4.5);
-    EXPECT_EQ(1, LogLines("port 'l0' took no byte for a second"));
+    EXPECT_EQ(1, LogLines("port 'l0' took no byte within 1000 ms"));
 }
 
 TEST_F(OpenPort, AWriteGoesOnAsSoonAsTheFarEndFetches) {
@@ -230,9 +231,25 @@ TEST_F(OpenPort, APullClosesTheDescriptorsOfTheDevicesPortsAtOnce) {
     ASSERT_NE("", client.Ask("list")); // both ends of the connection are open now
     const size_t before = OpenDescriptors();
     ASSERT_EQ("ok", client.Ask("pull left"));
-    EXPECT_EQ(before - 5, OpenDescriptors()); // two pairs and the host's own end
+    // Two pairs, the host's own end, and the set by which open ports are watched.
+    EXPECT_EQ(before - 6, OpenDescriptors());
     EXPECT_TRUE(far.IsHungUp());
     EXPECT_EQ(OS_ADAPT_OK, m_Adapter.Close(handle));
+}
+
+TEST_F(OpenPort, AClosedOrPulledPortIsNotWatchedAnyMoreAlthoughItsPairStaysOpen) {
+    const int left = m_Adapter.OpenPort("l0");
+    const int right = m_Adapter.OpenPort("r0");
+    ASSERT_EQ(2U, WatchedDescriptors());
+    ASSERT_EQ(OS_ADAPT_OK, m_Adapter.Close(left));
+    EXPECT_EQ(1U, WatchedDescriptors());
+    ASSERT_GT(m_Adapter.OpenPort("l0"), 0);
+    ASSERT_GT(m_Adapter.OpenPort("l0"), 0);
+    EXPECT_EQ(2U, WatchedDescriptors());
+    ASSERT_EQ("ok", Command("pull left"));
+    EXPECT_EQ(1U, WatchedDescriptors());
+    ASSERT_EQ(OS_ADAPT_OK, m_Adapter.Close(right));
+    EXPECT_EQ(0U, EpollSets());
 }
 
 TEST_F(OpenPort, APullEndsAWriteThatIsWaiting) {

@@ -1,0 +1,117 @@
+// SPDX-License-Identifier: MIT
+#include "bench/terminal_host.h"
+
+#include <dlfcn.h>
+#include <pthread.h>
+#include <sys/resource.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <stdexcept>
+#include <string>
+
+#include "bench/terminal_adapter.h"
+
+namespace {
+
+const char* const kAdapter = KOVASMGR_BENCH_ADAPTER;
+
+MeasuredThread g_Caller;
+std::atomic<bool> g_IsCalled{false};
+
+void NoteCaller(void*, int) {
+    g_Caller = MeasuredThread::This();
+    g_IsCalled = true;
+}
+
+void Need(bool isDone, const char* what) {
+    if (!isDone) {
+        throw std::runtime_error(what);
+    }
+}
+
+template <typename Function> Function Resolve(void* library, const char* name) {
+    void* const found = dlsym(library, name);
+    Need(found != nullptr, name);
+    return reinterpret_cast<Function>(found);
+}
+
+// A port has two descriptors.
+void RaiseDescriptorLimit() {
+    rlimit limit{};
+    getrlimit(RLIMIT_NOFILE, &limit);
+    limit.rlim_cur = limit.rlim_max;
+    setrlimit(RLIMIT_NOFILE, &limit);
+}
+
+} // namespace
+
+MeasuredThread MeasuredThread::This() {
+    MeasuredThread thread;
+    thread.id = gettid();
+    pthread_getcpuclockid(pthread_self(), &thread.clock);
+    return thread;
+}
+
+double MeasuredThread::Seconds() const {
+    timespec used{};
+    clock_gettime(clock, &used);
+    return static_cast<double>(used.tv_sec) + static_cast<double>(used.tv_nsec) * 1e-9;
+}
+
+long MeasuredThread::Sleeps() const {
+    std::ifstream status("/proc/self/task/" + std::to_string(id) + "/status");
+    const std::string key = "voluntary_ctxt_switches:";
+    for (std::string line; std::getline(status, line);) {
+        if (line.compare(0, key.size(), key) == 0) {
+            return std::atol(line.c_str() + key.size());
+        }
+    }
+    throw std::runtime_error("the thread is gone");
+}
+
+TerminalHost::TerminalHost(int ports) : m_Adapter(dlopen(kAdapter, RTLD_NOW)), m_Ports(ports) {
+    Need(m_Adapter != nullptr, "the adapter does not load");
+    RaiseDescriptorLimit();
+    const int devices = ports <= 16 ? 1 : ports / 16;
+    Resolve<decltype(&TerminalAdapter_SetTable)>(m_Adapter, "TerminalAdapter_SetTable")(
+        devices, ports / devices);
+    std::filesystem::current_path(std::filesystem::path(kAdapter).parent_path());
+    Need(KOVAMGR_Init(KOVASMGR_BENCH_DIR) == KOVAMGR_OK, "the library does not start");
+    for (int port = 1; port <= ports; ++port) {
+        Need(KOVAMGR_Open(port) == KOVAMGR_OK, "a port does not open; see KOVASMgr.log");
+    }
+    CallBack(NoteCaller);
+    Need(write(FarEnd(1), "?", 1) == 1, "a far end takes nothing");
+    while (!g_IsCalled) {
+        usleep(1000);
+    }
+    for (int port = 1; port <= ports; ++port) {
+        KOVAMGR_UnRegisterCommDataReadCallback(NoteCaller, port);
+    }
+    m_ReadThread = g_Caller;
+}
+
+TerminalHost::~TerminalHost() {
+    KOVAMGR_Release();
+    dlclose(m_Adapter);
+}
+
+int TerminalHost::FarEnd(int port) const {
+    return Resolve<decltype(&TerminalAdapter_FarEnd)>(m_Adapter,
+                                                      "TerminalAdapter_FarEnd")(port - 1);
+}
+
+void TerminalHost::CallBack(KOVAMGR_READ_CALLBACK callback) const {
+    for (int port = 1; port <= m_Ports; ++port) {
+        Need(KOVAMGR_RegisterCommDataReadCallback(callback, port) == KOVAMGR_OK,
+             "a callback is refused");
+    }
+}
+
+int NumberArgument(int count, char** arguments, int index, int otherwise) {
+    return index < count ? std::atoi(arguments[index]) : otherwise;
+}

@@ -3,7 +3,6 @@
 #include <KOVASMgr.h>
 
 #include <stdio.h>
-#include <stdlib.h>
 #include <string.h>
 #include <unistd.h>
 
@@ -20,21 +19,19 @@ static void OnDevices(_KOVAMGR_DEV_STATE_TYPE_ state) /* on the adapter's thread
 
 /* Returns the first port's identifier, or -1. */
 static int ListPorts(void) {
+    static _KOVAMGR_DEVICEINFOLIST list; /* 280 KiB: not for the stack */
     int first = -1;
-    _KOVAMGR_DEVICEINFOLIST* list = malloc(sizeof(*list)); /* 280 KiB: not for the stack */
-    if (list == NULL || KOVAMGR_EnumeratePortInfo(list) != KOVAMGR_OK) {
-        free(list);
+    if (KOVAMGR_EnumeratePortInfo(&list) != KOVAMGR_OK) {
         return -1;
     }
-    for (uint32_t d = 0; d < list->nDeviceCount && d < KOVAMGR_MAX_DEVICES; ++d) {
-        const _KOVAMGR_DEVICEINFO* device = &list->stDevice[d];
+    for (uint32_t d = 0; d < list.nDeviceCount && d < KOVAMGR_MAX_DEVICES; ++d) {
+        const _KOVAMGR_DEVICEINFO* device = &list.stDevice[d];
         printf("%s (%s)\n", device->szDeviceName, device->szDeviceText);
         for (uint32_t p = 0; p < device->nPortCount; ++p) {
             printf("  %d: %s\n", (int)device->stPort[p].nPortID, device->stPort[p].szPortName);
             first = first < 0 ? (int)device->stPort[p].nPortID : first;
         }
     }
-    free(list);
     return first;
 }
 

@@ -57,8 +57,8 @@
 
 /* Version of this header. The promise on compatibility is in CONTRIBUTING.md. */
 #define KOVASMGR_VERSION_MAJOR 1
-#define KOVASMGR_VERSION_MINOR 0
-#define KOVASMGR_VERSION_PATCH 0
+#define KOVASMGR_VERSION_MINOR 0 /* its second part: something was added */
+#define KOVASMGR_VERSION_PATCH 0 /* its third part: something was mended */
 /* One number to compare with: 10203 is version 1.2.3. */
 #define KOVASMGR_VERSION                                                                           \
     (KOVASMGR_VERSION_MAJOR * 10000 + KOVASMGR_VERSION_MINOR * 100 + KOVASMGR_VERSION_PATCH)

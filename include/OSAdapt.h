@@ -122,7 +122,7 @@ typedef struct _OS_ADAPT_DEVICEPORTINFO {
 /* All devices: 286,980 bytes. */
 typedef struct _OS_ADAPT_DEVICEPORTLIST {
     int32_t nDeviceCount; /* valid entries of stDevice, 0 to 64 */
-    _OS_ADAPT_DEVICEPORTINFO stDevice[OS_ADAPT_MAX_DEVICES];
+    _OS_ADAPT_DEVICEPORTINFO stDevice[OS_ADAPT_MAX_DEVICES]; /* in the adapter's order */
 } _OS_ADAPT_DEVICEPORTLIST;
 
 KOVASMGR_STATIC_ASSERT(sizeof(_OS_ADAPT_PORTINFO) == 264, "layout is part of the interface");

@@ -23,20 +23,22 @@ RULES = [
      [r"api/.*", r"manager/.*", r"common/(jdir|cancel_shield)\.h", r"include/(?!KOVASMgrWriteLog).*"]),
     (r"adapters/.*", "any",
      [r"include/(OSAdapt(Line)?|KOVASMgrLog|KOVASMgrExport)\.h", r"adapters/shared/.*", r"{own}/.*"]),
-    (r"(tools|examples)/.*", "any", [r"include/.*", r"{own}/.*"]),
+    (r"tools/.*", "any", [r"include/.*", r"{own}/.*"]),
+    (r"bindings/.*", "any", [r"include/.*", r"{own}/.*"]),
+    (r"examples/.*", "any", [r"include/.*", r"bindings/cpp/KOVASMgr\.hpp", r"{own}/.*"]),
     (r"tests/(api|system|package)/.*", "any",
      [r"include/.*", r"tests/(fakes|harness)/.*", r"{own}/.*"]),
     (r"(tests|bench)/.*", "any", [r".*"]),
 ]
 
 # Where an include is looked for, besides the including file's own folder.
-SEARCH_PATH = ("", "include", "adapters", "tools", "tools/kovasctl")
+SEARCH_PATH = ("", "include", "adapters", "bindings/cpp", "tools", "tools/kovasctl")
 
 _INCLUDE = re.compile(r'^[ \t]*#[ \t]*include[ \t]*[<"]([^>"\n]+)[>"]', re.MULTILINE)
 
 
 def _own(path):
-    depth = 2 if path.parts[0] in ("adapters", "tests", "tools", "examples") else 1
+    depth = 2 if path.parts[0] in ("adapters", "bindings", "tests", "tools", "examples") else 1
     return "/".join(path.parts[:min(depth, len(path.parts) - 1)])
 
 

@@ -4,9 +4,10 @@
 import re
 from pathlib import Path
 
-SUFFIXES = {".h", ".c", ".cpp"}
+SUFFIXES = {".h", ".hpp", ".c", ".cpp"}
 LIBRARY_ROOMS = ("api", "common", "devices", "log", "manager", "support")
-SOURCE_ROOMS = LIBRARY_ROOMS + ("adapters", "bench", "examples", "include", "tests", "tools")
+SOURCE_ROOMS = LIBRARY_ROOMS + (
+    "adapters", "bench", "bindings", "examples", "include", "tests", "tools")
 
 _TOKENS = re.compile(
     r'//[^\n]*|/\*.*?\*/|"(?:\\.|[^"\\\n])*"|\'(?:\\.|[^\'\\\n])*\'', re.DOTALL)

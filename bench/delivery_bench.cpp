@@ -3,8 +3,8 @@
 //     kovasmgr_delivery_bench [PORTS] [SAMPLES]
 //
 // How long a few bytes take from a far end's write to the read callback, at a moment that has
-// nothing to do with the sweeps, while the other ports are idle; with 0 ports, to a thread that
-// reads one terminal and sleeps 10 ms.
+// nothing to do with the sweeps, while the other ports are idle. Each time the same goes to a thread
+// that reads one terminal and sleeps as long as the read thread.
 #include <fcntl.h>
 #include <stdlib.h>
 #include <unistd.h>
@@ -15,32 +15,44 @@
 #include <cstdio>
 #include <cstring>
 #include <exception>
-#include <functional>
 #include <random>
 #include <stdexcept>
-#include <thread>
 #include <vector>
 
 #include "adapters/shared/terminal.h"
+#include "bench/bare_loop.h"
 #include "bench/terminal_host.h"
 
 namespace {
 
 using Clock = std::chrono::steady_clock;
 
-std::vector<double> g_Milliseconds;
-std::atomic<size_t> g_Arrived{0};
-
-// The bytes are the moment at which they were written.
-void Take(void* data, int length) {
-    const auto now = Clock::now();
-    Clock::time_point written;
-    if (length == sizeof written) {
-        std::memcpy(&written, data, sizeof written);
-        g_Milliseconds.push_back(std::chrono::duration<double, std::milli>(now - written).count());
-        ++g_Arrived;
+struct Arrivals {
+    // The bytes are the moment at which they were written.
+    void Take(const void* data, int length) {
+        const auto now = Clock::now();
+        Clock::time_point written;
+        if (length == sizeof written) {
+            std::memcpy(&written, data, sizeof written);
+            milliseconds.push_back(
+                std::chrono::duration<double, std::milli>(now - written).count());
+            ++count;
+        }
     }
-}
+
+    double Part(size_t percent) {
+        std::sort(milliseconds.begin(), milliseconds.end());
+        return milliseconds[milliseconds.size() * percent / 100];
+    }
+
+    std::vector<double> milliseconds;
+    std::atomic<size_t> count{0};
+};
+
+Arrivals g_AtHost;
+Arrivals g_AtLoop;
+
+void TakeAtHost(void* data, int length) { g_AtHost.Take(data, length); }
 
 void Send(int farEnd) {
     const Clock::time_point now = Clock::now();
@@ -49,71 +61,59 @@ void Send(int farEnd) {
     }
 }
 
-// Waits long enough between two samples that the next one meets any phase of the sweep.
-void SendSamples(size_t samples, const std::function<int()>& farEnd) {
+struct Pair {
+    Pair() : master(posix_openpt(O_RDWR | O_NOCTTY | O_NONBLOCK)) {
+        grantpt(master);
+        unlockpt(master);
+        slave = open(ptsname(master), O_RDWR | O_NOCTTY | O_NONBLOCK);
+        if (MakeRaw(slave) != 0) {
+            throw std::runtime_error("no pseudo-terminal");
+        }
+    }
+
+    int master;
+    int slave = -1;
+};
+
+// The pause after each sample makes the next one meet any phase of the sweep.
+void SendSamples(const TerminalHost& host, int loopsFarEnd, size_t samples) {
     std::mt19937 random(std::random_device{}());
-    std::uniform_int_distribution<int> microseconds(0, 10000);
-    g_Milliseconds.reserve(samples);
+    std::uniform_int_distribution<int> port(1, host.Ports());
+    std::uniform_int_distribution<useconds_t> microseconds(0, 10000);
     for (size_t sent = 1; sent <= samples; ++sent) {
-        Send(farEnd());
-        while (g_Arrived < sent) {
+        Send(host.FarEnd(port(random)));
+        Send(loopsFarEnd);
+        while (g_AtHost.count < sent || g_AtLoop.count < sent) {
             usleep(2000);
         }
-        usleep(static_cast<useconds_t>(microseconds(random)));
+        usleep(microseconds(random));
     }
 }
 
-void Report(const char* what, int ports) {
-    std::sort(g_Milliseconds.begin(), g_Milliseconds.end());
-    const size_t samples = g_Milliseconds.size();
-    std::printf("delivery %s ports=%d samples=%zu p50_ms=%.2f p99_ms=%.2f max_ms=%.2f\n", what,
-                ports, samples, g_Milliseconds[samples / 2], g_Milliseconds[samples * 99 / 100],
-                g_Milliseconds.back());
-}
-
-void MeasureManager(int ports, size_t samples) {
-    TerminalHost host(ports);
-    host.CallBack(Take);
-    std::mt19937 random(7);
-    std::uniform_int_distribution<int> port(1, ports);
-    SendSamples(samples, [&] { return host.FarEnd(port(random)); });
-    Report("manager", ports);
-}
-
-void MeasureBareLoop(size_t samples) {
-    const int master = posix_openpt(O_RDWR | O_NOCTTY | O_NONBLOCK);
-    grantpt(master);
-    unlockpt(master);
-    const int slave = open(ptsname(master), O_RDWR | O_NOCTTY | O_NONBLOCK);
-    MakeRaw(slave);
-    std::atomic<bool> isEnding{false};
-    std::thread loop([&] {
+void Measure(const TerminalHost& host, size_t samples) {
+    g_AtHost.milliseconds.reserve(samples);
+    g_AtLoop.milliseconds.reserve(samples);
+    const Pair pair;
+    BareLoop loop([terminal = pair.slave] {
         char buffer[4096];
-        while (!isEnding) {
-            const ssize_t got = read(slave, buffer, sizeof buffer);
-            if (got > 0) {
-                Take(buffer, static_cast<int>(got));
-            }
-            usleep(10000);
-        }
+        const Transfer got = ReadAvailable(terminal, buffer, sizeof buffer);
+        g_AtLoop.Take(buffer, static_cast<int>(got.count));
     });
-    SendSamples(samples, [&] { return master; });
-    isEnding = true;
-    loop.join();
-    Report("bare", 0);
+    loop.Switch(true);
+    SendSamples(host, pair.master, samples);
+    std::printf("delivery ports=%d samples=%zu p50_ms=%.2f p99_ms=%.2f bare_loop_p50_ms=%.2f "
+                "bare_loop_p99_ms=%.2f\n",
+                host.Ports(), samples, g_AtHost.Part(50), g_AtHost.Part(99), g_AtLoop.Part(50),
+                g_AtLoop.Part(99));
 }
 
 } // namespace
 
 int main(int count, char** arguments) {
-    const int ports = NumberArgument(count, arguments, 1, 1);
-    const auto samples = static_cast<size_t>(NumberArgument(count, arguments, 2, 300));
     try {
-        if (ports == 0) {
-            MeasureBareLoop(samples);
-        } else {
-            MeasureManager(ports, samples);
-        }
+        const TerminalHost host(NumberArgument(count, arguments, 1, 1));
+        host.CallBack(TakeAtHost);
+        Measure(host, static_cast<size_t>(NumberArgument(count, arguments, 2, 1000)));
     } catch (const std::exception& error) {
         std::fprintf(stderr, "%s\n", error.what());
         return 1;

@@ -9,7 +9,6 @@
 #include <atomic>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <stdexcept>
 #include <string>
 
@@ -39,6 +38,10 @@ template <typename Function> Function Resolve(void* library, const char* name) {
     return reinterpret_cast<Function>(found);
 }
 
+void OpenPort(int port) {
+    Need(KOVAMGR_Open(port) == KOVAMGR_OK, "a port does not open; see KOVASMgr.log");
+}
+
 // A port has two descriptors.
 void RaiseDescriptorLimit() {
     rlimit limit{};
@@ -51,7 +54,6 @@ void RaiseDescriptorLimit() {
 
 MeasuredThread MeasuredThread::This() {
     MeasuredThread thread;
-    thread.id = gettid();
     pthread_getcpuclockid(pthread_self(), &thread.clock);
     return thread;
 }
@@ -62,17 +64,6 @@ double MeasuredThread::Seconds() const {
     return static_cast<double>(used.tv_sec) + static_cast<double>(used.tv_nsec) * 1e-9;
 }
 
-long MeasuredThread::Sleeps() const {
-    std::ifstream status("/proc/self/task/" + std::to_string(id) + "/status");
-    const std::string key = "voluntary_ctxt_switches:";
-    for (std::string line; std::getline(status, line);) {
-        if (line.compare(0, key.size(), key) == 0) {
-            return std::atol(line.c_str() + key.size());
-        }
-    }
-    throw std::runtime_error("the thread is gone");
-}
-
 TerminalHost::TerminalHost(int ports) : m_Adapter(dlopen(kAdapter, RTLD_NOW)), m_Ports(ports) {
     Need(m_Adapter != nullptr, "the adapter does not load");
     RaiseDescriptorLimit();
@@ -81,9 +72,8 @@ TerminalHost::TerminalHost(int ports) : m_Adapter(dlopen(kAdapter, RTLD_NOW)), m
         devices, ports / devices);
     std::filesystem::current_path(std::filesystem::path(kAdapter).parent_path());
     Need(KOVAMGR_Init(KOVASMGR_BENCH_DIR) == KOVAMGR_OK, "the library does not start");
-    for (int port = 1; port <= ports; ++port) {
-        Need(KOVAMGR_Open(port) == KOVAMGR_OK, "a port does not open; see KOVASMgr.log");
-    }
+    OpenPort(1);
+    OpenAllButFirst();
     CallBack(NoteCaller);
     Need(write(FarEnd(1), "?", 1) == 1, "a far end takes nothing");
     while (!g_IsCalled) {
@@ -103,6 +93,18 @@ TerminalHost::~TerminalHost() {
 int TerminalHost::FarEnd(int port) const {
     return Resolve<decltype(&TerminalAdapter_FarEnd)>(m_Adapter,
                                                       "TerminalAdapter_FarEnd")(port - 1);
+}
+
+void TerminalHost::CloseAllButFirst() const {
+    for (int port = 2; port <= m_Ports; ++port) {
+        KOVAMGR_Close(port);
+    }
+}
+
+void TerminalHost::OpenAllButFirst() const {
+    for (int port = 2; port <= m_Ports; ++port) {
+        OpenPort(port);
+    }
 }
 
 void TerminalHost::CallBack(KOVAMGR_READ_CALLBACK callback) const {

@@ -2,8 +2,6 @@
 #ifndef KOVASMGR_BENCH_TERMINAL_HOST_H
 #define KOVASMGR_BENCH_TERMINAL_HOST_H
 
-#include <sys/types.h>
-
 #include <ctime>
 
 #include "KOVASMgr.h"
@@ -15,10 +13,6 @@ struct MeasuredThread {
 
     double Seconds() const; // of a processor
 
-    /// How often it has gone to sleep by itself: a sweep each, when it waits for nothing else.
-    long Sleeps() const;
-
-    pid_t id = 0;
     clockid_t clock = 0;
 };
 
@@ -36,6 +30,9 @@ class TerminalHost {
 
     /// The descriptor of a port's far end, in non-blocking mode.
     int FarEnd(int port) const;
+
+    void CloseAllButFirst() const;
+    void OpenAllButFirst() const;
 
     /// Makes this the read callback of each port.
     void CallBack(KOVAMGR_READ_CALLBACK callback) const;

@@ -5,7 +5,7 @@ import re
 import statistics
 import subprocess
 
-PROGRAMS = {"idle": [0, 1, 16, 64, 256, 1024], "delivery": [0, 1, 256], "throughput": [1, 64]}
+PROGRAMS = {"idle": [1, 16, 64, 256, 1024], "delivery": [1, 256], "throughput": [1, 64]}
 
 
 def values_of(line):
@@ -13,7 +13,7 @@ def values_of(line):
 
 
 def measure(build, repetitions, chosen):
-    """The medians of what each run prints, by "<program>/<ports>"; 0 ports is a bare loop."""
+    """The medians of what each run prints, by "<program>/<ports>"."""
     runs = [(name, ports) for name, sizes in PROGRAMS.items() for ports in sizes
             if re.search(chosen, f"{name}/{ports}")]
     seen = {}
@@ -31,38 +31,31 @@ def measure(build, repetitions, chosen):
             for run, by_key in seen.items()}
 
 
+def runs_of(program, medians):
+    """(ports, medians) of the sizes that were measured."""
+    return [(ports, medians[f"{program}/{ports}"]) for ports in PROGRAMS[program]
+            if f"{program}/{ports}" in medians]
+
+
 def idle_figures(medians):
-    cost = {ports: medians[f"idle/{ports}"]["cpu_us_per_second"]
-            for ports in PROGRAMS["idle"] if f"idle/{ports}" in medians}
-    for ports, value in cost.items():
-        what = f"{ports} idle ports" if ports else "bare loop of poll and sleep"
-        yield f"read thread, {what}, CPU time a second", value, None, "us"
-    for floor, what in ((1, "one port"), (0, "bare loop")):
-        for ports, value in cost.items():
-            if floor in cost and ports > floor:
-                target = 1.5 if (ports, floor) == (256, 1) else None
-                yield f"read thread, {ports} idle ports / {what}", value / cost[floor], target, "x"
+    for ports, run in runs_of("idle", medians):
+        what = f"read thread, {ports:5} idle port{'s' if ports > 1 else ''}"
+        yield f"{what}, CPU time a second", run["us_per_second"], None, "us"
+        yield f"{what} / one port", run["to_one_port"], 1.5 if ports == 256 else None, "x"
+        yield f"{what} / bare loop of poll and sleep", run["to_bare_loop"], None, "x"
 
 
 def delivery_figures(medians):
-    bare = medians.get("delivery/0")
-    for ports in PROGRAMS["delivery"]:
-        run = medians.get(f"delivery/{ports}")
-        if run is None:
-            continue
-        what = f"{ports} open ports" if ports else "bare loop of read and sleep"
-        yield f"delivery, {what}, p50", run["p50_ms"], None, "ms"
-        yield f"delivery, {what}, p99", run["p99_ms"], None, "ms"
-        if ports and bare is not None:
-            yield f"delivery, {what}, p99 above the bare loop's", \
-                run["p99_ms"] - bare["p99_ms"], 1, "ms"
+    for ports, run in runs_of("delivery", medians):
+        what = f"delivery, {ports:3} open port{'s' if ports > 1 else ''}"
+        for part in ("p50", "p99"):
+            bare = run[f"bare_loop_{part}_ms"]
+            yield f"{what}, {part}", run[f"{part}_ms"], None, "ms"
+            yield f"{what}, {part} above a bare loop's", run[f"{part}_ms"] - bare, 1, "ms"
 
 
 def throughput_figures(medians):
-    for ports in PROGRAMS["throughput"]:
-        run = medians.get(f"throughput/{ports}")
-        if run is None:
-            continue
+    for ports, run in runs_of("throughput", medians):
         what = f"{ports} busy port{'s' if ports > 1 else ''}"
         yield f"{what}, a second", run["bytes_per_second"] / 1000, None, "kB"
         yield f"{what}, sweeps a second", run["sweeps_per_second"], None, "/s"

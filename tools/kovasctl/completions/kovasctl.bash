@@ -1,0 +1,84 @@
+# SPDX-License-Identifier: MIT
+# Completion of kovasctl for bash.
+
+# Ports that are there now, through the adapter that the command line names.
+_kovasctl_ports() {
+    local i adapter=()
+    for ((i = 1; i < COMP_CWORD; ++i)); do
+        [ "${COMP_WORDS[i]}" = --adapter ] && adapter=(--adapter "${COMP_WORDS[i + 1]}")
+    done
+    kovasctl "${adapter[@]}" list --names 2>/dev/null
+}
+
+# Sets COMPREPLY to those of the words, one a line, that begin with what is typed.
+_kovasctl_offer() {
+    local word
+    COMPREPLY=()
+    while IFS= read -r word; do
+        [[ -n $word && $word == "$current"* ]] && COMPREPLY+=("$(printf %q "$word")")
+    done
+}
+
+_kovasctl_options() {
+    case $1 in
+    list) echo --names ;;
+    watch) printf '%s\n' --count --timeout --initial ;;
+    term) printf '%s\n' --line --echo --hex --log --eol --escape --no-reconnect ;;
+    send) printf '%s\n' --file --hex --escapes --eol --timeout --line ;;
+    receive)
+        printf '%s\n' --count --idle-timeout --timeout --until --send --escapes --eol --line
+        ;;
+    doctor) echo --open ;;
+    esac
+    printf '%s\n' --adapter --log-dir --json --help
+    [ -n "$1" ] || echo --version
+}
+
+# Which options are followed by a word of their own; "--hex" is, of send alone.
+_kovasctl_takes_value() {
+    case $1 in
+    --adapter | --log-dir | --count | --timeout | --line | --log | --eol | --escape | --file) ;;
+    --idle-timeout | --until | --send) ;;
+    --hex) [ "$2" = send ] ;;
+    *) return 1 ;;
+    esac
+}
+
+_kovasctl() {
+    local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}
+    local command='' operands=0 i
+    for ((i = 1; i < COMP_CWORD; ++i)); do
+        if _kovasctl_takes_value "${COMP_WORDS[i]}" "$command"; then
+            ((++i))
+        elif [[ ${COMP_WORDS[i]} != -* ]]; then
+            if [ -z "$command" ]; then command=${COMP_WORDS[i]}; else ((++operands)); fi
+        fi
+    done
+    if _kovasctl_takes_value "$previous" "$command"; then
+        case $previous in
+        --adapter)
+            _kovasctl_offer < <(printf '%s\n' linux virtual; compgen -d -- "$current")
+            ;;
+        --log-dir) _kovasctl_offer < <(compgen -d -- "$current") ;;
+        --file | --log) _kovasctl_offer < <(compgen -f -- "$current") ;;
+        --eol) _kovasctl_offer < <(printf '%s\n' cr lf crlf) ;;
+        *) COMPREPLY=() ;;
+        esac
+    elif [[ $current == -* ]]; then
+        _kovasctl_offer < <(_kovasctl_options "$command")
+    elif [ -z "$command" ]; then
+        _kovasctl_offer < <(printf '%s\n' list watch term send receive doctor adapter-info)
+    elif [ "$operands" -gt 0 ]; then
+        COMPREPLY=()
+    else
+        case $command in
+        term | send | receive | doctor) _kovasctl_offer < <(_kovasctl_ports) ;;
+        adapter-info)
+            _kovasctl_offer < <(printf '%s\n' linux virtual; compgen -d -- "$current")
+            ;;
+        *) COMPREPLY=() ;;
+        esac
+    fi
+}
+
+complete -F _kovasctl kovasctl

@@ -1,0 +1,73 @@
+// SPDX-License-Identifier: MIT
+#include "tools/kovasctl/log_directory.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <system_error>
+
+#include "tools/kovasctl/failure.h"
+#include "tools/kovasctl/state_directory.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr const char* kReasonTag = "ERRO:OSAdapt: ";
+
+uint64_t SizeOf(const std::string& file) {
+    std::error_code error;
+    const uintmax_t size = fs::file_size(file, error);
+    return error ? 0 : size;
+}
+
+std::string Reason(const std::string& line) {
+    const size_t tag = line.find(kReasonTag);
+    return tag == std::string::npos ? "" : line.substr(tag + std::strlen(kReasonTag));
+}
+
+} // namespace
+
+LogDirectory::LogDirectory(const std::string& given)
+    : m_Path(given.empty() ? MakeStateDirectory()
+                           : fs::absolute(given).lexically_normal().string()),
+      m_IsKept(!given.empty()), m_Start(Mark()) {
+    if (!fs::is_directory(m_Path)) {
+        throw WrongUse("--log-dir: " + m_Path + " is no directory");
+    }
+}
+
+LogDirectory::~LogDirectory() {
+    if (!m_IsKept) {
+        unlink(File().c_str());
+        rmdir(m_Path.c_str());
+    }
+}
+
+uint64_t LogDirectory::Mark() const { return SizeOf(File()); }
+
+std::string LogDirectory::ReasonSince(uint64_t mark, const std::string& subject) const {
+    const uint64_t end = Mark();
+    uint64_t at = end < m_Start ? 0 : m_Start; // one that was too large has been started afresh
+    const uint64_t from = mark > end ? at : mark;
+    std::ifstream log(File());
+    log.seekg(static_cast<std::streamoff>(at));
+    std::string recent;
+    std::string related;
+    for (std::string line; std::getline(log, line); at += line.size() + 1) {
+        const std::string reason = Reason(line);
+        if (!reason.empty() && at >= from) {
+            recent = reason;
+        }
+        if (!reason.empty() && !subject.empty() && reason.find(subject) != std::string::npos) {
+            related = reason;
+        }
+    }
+    return recent.empty() ? related : recent;
+}

@@ -63,7 +63,8 @@ KOVASMGR_BEGIN_DECLS
  * Threads: any, also a callback's. Calls wait for each other, but not for a break, which is sent
  * last and ends early when the device goes.
  *
- * Note: a break is not remembered, and when it is what failed, the rest of the text holds all the
+ * Note: a port that is closed during a break closes when the break has ended, and cannot be opened
+ * before. A break is not remembered, and when it is what failed, the rest of the text holds all the
  * same. DTR, RTS and low latency that are to be kept stay as they are, also when what was set is
  * forgotten: nobody knows how the kernel had left them. What was written and has not gone out yet
  * goes out with the new settings. Where the port is not open, the driver is asked at the next

@@ -47,6 +47,12 @@ void Arrivals::Complete(const PortFacts& facts, uint64_t sequence, Instant now) 
 
 void Arrivals::Drop(const std::string& sysPath) { m_Ports.erase(sysPath); }
 
+void Arrivals::DropComplete() {
+    for (auto port = m_Ports.begin(); port != m_Ports.end();) {
+        port = port->second.isComplete ? m_Ports.erase(port) : std::next(port);
+    }
+}
+
 std::optional<uint64_t> Arrivals::SequenceOf(const std::string& sysPath) const {
     const auto found = m_Ports.find(sysPath);
     return found == m_Ports.end() ? std::nullopt

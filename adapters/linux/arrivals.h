@@ -43,7 +43,9 @@ class Arrivals {
 
     void Complete(const PortFacts& facts, uint64_t sequence, Instant now);
     void Drop(const std::string& sysPath);
-    void Clear() { m_Ports.clear(); }
+
+    /// Drops the ports that wait for others only.
+    void DropComplete();
 
     /// The sequence number of the announcement of a port that waits.
     std::optional<uint64_t> SequenceOf(const std::string& sysPath) const;

@@ -4,6 +4,7 @@
 #include <string.h>
 
 #include <algorithm>
+#include <atomic>
 #include <tuple>
 #include <utility>
 
@@ -17,6 +18,12 @@ bool IsBefore(const DeviceTable::Port& left, const DeviceTable::Port& right) {
     return StandsBefore(left.facts, right.facts);
 }
 
+// Of the whole process: what an earlier table called by a number is never taken for another port.
+uint64_t NewArrival() {
+    static std::atomic<uint64_t> s_Last{0};
+    return ++s_Last;
+}
+
 template <typename Item> size_t CountReported(const std::vector<Item>& items) {
     return static_cast<size_t>(std::count_if(items.begin(), items.end(),
                                              [](const Item& item) { return item.isReported; }));
@@ -26,7 +33,7 @@ template <typename Item> size_t CountReported(const std::vector<Item>& items) {
 
 void DeviceTable::Add(const PortFacts& facts, uint64_t sequence) {
     Device& device = DeviceOf(facts);
-    const Port port{facts, ++m_LastArrival, sequence, device.name, false};
+    const Port port{facts, NewArrival(), sequence, device.name, false};
     device.ports.insert(std::upper_bound(device.ports.begin(), device.ports.end(), port, IsBefore),
                         port);
     ReportWhatFits();
@@ -54,6 +61,16 @@ bool DeviceTable::Remove(const std::string& sysPath) {
         return true;
     }
     return false;
+}
+
+void DeviceTable::Move(const std::string& sysPath, const std::string& newSysPath) {
+    for (Device& device : m_Devices) {
+        for (Port& port : device.ports) {
+            if (port.facts.sysPath == sysPath) {
+                port.facts.sysPath = newSysPath;
+            }
+        }
+    }
 }
 
 const DeviceTable::Port* DeviceTable::Find(const std::string& sysPath) const {

@@ -32,6 +32,9 @@ class DeviceTable {
     /// @return false when it is not known
     bool Remove(const std::string& sysPath);
 
+    /// The same port stands in another place of the device tree now, as rfcomm's do when they connect.
+    void Move(const std::string& sysPath, const std::string& newSysPath);
+
     /// The pointers are good until the next change.
     const Port* Find(const std::string& sysPath) const;
     const Port* FindNode(const std::string& node) const;
@@ -56,7 +59,6 @@ class DeviceTable {
     static void ReportPortsThatFit(Device& device);
 
     std::vector<Device> m_Devices;
-    uint64_t m_LastArrival = 0;
 };
 
 /// The order of the devices that a scan finds, and of the ports of one device: bus, place, interface

@@ -34,10 +34,15 @@ uint64_t LastEventOfKernel() {
     return sequence;
 }
 
-bool IsIn(const std::vector<FactsRead>& scan, const PortFacts& facts) {
-    return std::any_of(scan.begin(), scan.end(), [&](const FactsRead& read) {
-        return read.facts.sysPath == facts.sysPath && read.facts.inode == facts.inode;
-    });
+// Whatever its place in the device tree is.
+bool IsSame(const PortFacts& one, const PortFacts& other) {
+    return one.node == other.node && one.inode == other.inode;
+}
+
+const FactsRead* FindIn(const std::vector<FactsRead>& scan, const PortFacts& facts) {
+    const auto found = std::find_if(
+        scan.begin(), scan.end(), [&](const FactsRead& read) { return IsSame(read.facts, facts); });
+    return found == scan.end() ? nullptr : &*found;
 }
 
 } // namespace
@@ -112,13 +117,14 @@ void DeviceWatch::OnWord(const DeviceEvent& event) {
     Look(event.sysPath, event.sequence);
 }
 
+// What was there at the last comparison was not removed before it.
 void DeviceWatch::OnRemoved(const DeviceEvent& event) {
     const DeviceTable::Port* known = m_Table.Find(event.sysPath);
-    if (known != nullptr && !IsOld(event.sequence, known->sequence)) {
+    if (known != nullptr && !IsOld(event.sequence, std::max(known->sequence, m_Compared))) {
         Leave(event.sysPath);
     }
     const auto announced = m_Arrivals.SequenceOf(event.sysPath);
-    if (announced && !IsOld(event.sequence, *announced)) {
+    if (announced && !IsOld(event.sequence, std::max(*announced, m_Compared))) {
         m_Arrivals.Drop(event.sysPath);
     }
 }
@@ -158,9 +164,14 @@ void DeviceWatch::Settle() {
 
 void DeviceWatch::Admit(const Arrivals::Port& port) {
     if (SysInode(port.facts.sysPath) != port.facts.inode) {
-        return; // gone again; whatever stands there now has an event of its own
+        return; // gone again; whatever stands there now has an event of its own, or a comparison
     }
-    if (const DeviceTable::Port* holder = m_Table.FindNode(port.facts.node); holder != nullptr) {
+    const DeviceTable::Port* holder = m_Table.FindNode(port.facts.node);
+    if (holder != nullptr && IsSame(holder->facts, port.facts)) {
+        m_Table.Move(std::string(holder->facts.sysPath), port.facts.sysPath);
+        return;
+    }
+    if (holder != nullptr) {
         Leave(std::string(holder->facts.sysPath));
     }
     BeginChange(OS_ADAPT_DEVICE_INSERT);
@@ -206,10 +217,15 @@ DeviceWatch::Scan DeviceWatch::ScanSystem() {
 
 void DeviceWatch::LeaveWhatIsGone(const Scan& scan) {
     for (const DeviceTable::Port& port : m_Table.Ports()) {
-        if (!IsIn(scan, port.facts)) {
+        const FactsRead* read = FindIn(scan, port.facts);
+        if (read == nullptr) {
             Leave(port.facts.sysPath);
+        } else {
+            m_Table.Move(port.facts.sysPath, read->facts.sysPath);
         }
     }
+    // What was read of others may be of a device that has been replaced since.
+    m_Arrivals.DropComplete();
 }
 
 void DeviceWatch::EnterWhatIsNew(Scan& scan) {
@@ -218,15 +234,19 @@ void DeviceWatch::EnterWhatIsNew(Scan& scan) {
     });
     for (const FactsRead& read : scan) {
         const std::string& sysPath = read.facts.sysPath;
-        if (m_Table.Find(sysPath) != nullptr || m_Arrivals.SequenceOf(sysPath)) {
+        const bool isComplete = read.kind == FactsRead::Kind::Port;
+        if (m_Table.Find(sysPath) != nullptr) {
             continue;
         }
-        if (read.kind == FactsRead::Kind::Incomplete) {
-            m_Arrivals.LookAgain(sysPath, 0, Now());
-        } else if (m_AwaitWord && !read.isInitialized) {
+        if (isComplete && (read.isInitialized || !m_AwaitWord)) {
+            m_Arrivals.Drop(sysPath);
+            Admit({read.facts, m_Compared});
+        } else if (m_Arrivals.SequenceOf(sysPath)) {
+            continue; // it waits already
+        } else if (isComplete) {
             m_Arrivals.Announce(sysPath, 0, Now());
         } else {
-            Admit({read.facts, m_Compared});
+            m_Arrivals.LookAgain(sysPath, 0, Now());
         }
     }
 }

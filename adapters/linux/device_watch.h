@@ -62,6 +62,7 @@ class DeviceWatch {
 
     // Events
     void OpenMonitors();
+    void ListenToUdevd();
     std::unique_ptr<EventMonitor> OpenMonitor(EventMonitor::Source source);
     void FetchEvents(std::unique_ptr<EventMonitor>& monitor, bool isWord);
     void OnEvent(const DeviceEvent& event, bool isWord);

@@ -45,13 +45,15 @@ bool IsUdevdToBeHeard() {
 
 DeviceWatch::DeviceWatch(HandleTable& handles, StateNotifier& notifier)
     : m_Handles(handles), m_Notifier(notifier), m_Wake(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)),
-      m_Context(udev_new()), m_AwaitWord(IsUdevdToBeHeard()) {
+      m_Context(udev_new()) {
     if (!m_Wake.IsOpen() || m_Context == nullptr) {
         throw std::runtime_error("no event counter or no memory: " + ErrnoText(errno));
     }
     OpenMonitors(); // first, so that what happens during the scan is not lost
     Compare();
-    Publish();
+    m_Notifier.Publish(
+        m_Table.Reported()); // also when there is nothing: it replaces what was before
+    m_Unpublished.reset();
     m_Started = std::chrono::steady_clock::now();
     if (const int error = m_Thread.Start("kova-devices", Enter, this); error != 0) {
         throw std::runtime_error("no thread to watch devices: " + ErrnoText(error));
@@ -67,10 +69,15 @@ void DeviceWatch::Stop() {
 
 void DeviceWatch::OpenMonitors() {
     m_Kernel = OpenMonitor(EventMonitor::Source::Kernel);
-    if (m_AwaitWord) {
+    ListenToUdevd();
+}
+
+// A host that is started with the machine may be there before udevd.
+void DeviceWatch::ListenToUdevd() {
+    if (m_Udev == nullptr && IsUdevdToBeHeard()) {
         m_Udev = OpenMonitor(EventMonitor::Source::Udev);
-        m_AwaitWord = m_Udev != nullptr;
     }
+    m_AwaitWord = m_Udev != nullptr;
 }
 
 std::unique_ptr<EventMonitor> DeviceWatch::OpenMonitor(EventMonitor::Source source) {
@@ -96,11 +103,11 @@ void DeviceWatch::FetchEvents(std::unique_ptr<EventMonitor>& monitor, bool isWor
             m_Lost = true;
             break;
         case EventMonitor::Outcome::Broken:
-            LogError("device events do not come any more: " + ErrnoText(errno) +
-                     "; the devices are looked at once a second");
+            LogErrorOnce("device events broke off: " + ErrnoText(errno) + "; listened to anew");
             m_Lost = true;
-            monitor.reset();
-            break;
+            monitor = OpenMonitor(&monitor == &m_Udev ? EventMonitor::Source::Udev
+                                                      : EventMonitor::Source::Kernel);
+            return;
         }
     }
 }
@@ -129,9 +136,9 @@ void DeviceWatch::Run() {
 // The kernel's events first: they say what udevd is going to speak of.
 void DeviceWatch::ServeOnce() {
     m_IsFresh = false;
+    ListenToUdevd();
     FetchEvents(m_Kernel, !m_AwaitWord);
     FetchEvents(m_Udev, true);
-    m_AwaitWord = m_Udev != nullptr;
     if (m_Lost) {
         OnLost();
     } else if (m_Kernel == nullptr) {

@@ -38,19 +38,17 @@ void LinuxPorts::SetLine(const std::string& portName, const std::string& text) {
     }
     LineChange total = text.empty() ? LineChange{} : HostChange(port);
     Apply(change, total);
-    LineSettings settings;
     if (terminal != nullptr && text.empty()) {
-        settings = ConfiguredLine(port.facts, port.deviceName);
-        terminal->Change(settings);
+        terminal->Change(ConfiguredLine(port.facts, port.deviceName));
     } else if (terminal != nullptr) {
-        settings = terminal->Settings();
+        LineSettings settings = terminal->Settings();
         Apply(change, settings);
         terminal->Change(settings, change);
     }
     m_HostLines[portName] = {port.arrival, total};
     lock.unlock();
     if (lineBreak.breakTime) {
-        terminal->Change(settings, lineBreak);
+        terminal->SendBreak(*lineBreak.breakTime);
     }
 }
 

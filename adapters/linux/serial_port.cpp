@@ -76,6 +76,11 @@ bool IsHungUp(int terminal) {
     return ioctl(terminal, TIOCGETD, &line) != 0 && errno == EIO;
 }
 
+[[noreturn]] void FailWithText(const std::system_error& error) {
+    const int number = error.code().value();
+    throw std::runtime_error(IsGone(number) ? GoneText() : ErrnoText(number));
+}
+
 std::string Advice() {
     return "; set the line otherwise (OSADAPT_LINE, linux.toml or OSADAPT_SetLine)";
 }
@@ -97,7 +102,7 @@ bool NamesFraming(const LineChange& change) {
 } // namespace
 
 std::shared_ptr<SerialPort> SerialPort::Open(const PortFacts& facts, const LineSettings& settings) {
-    // Bounded, and a cancellation half-way would lose the descriptor.
+    // A cancellation half-way would lose the descriptor.
     const CancelShield shield;
     try {
         std::shared_ptr<SerialPort> port = OpenOccupied(facts);
@@ -135,8 +140,15 @@ void SerialPort::Change(const LineSettings& all, const LineChange& change) {
     try {
         ChangeWhole(all, change);
     } catch (const std::system_error& error) {
-        throw std::runtime_error(IsGone(error.code().value()) ? GoneText()
-                                                              : ErrnoText(error.code().value()));
+        FailWithText(error);
+    }
+}
+
+void SerialPort::SendBreak(std::chrono::milliseconds time) {
+    try {
+        ::SendBreak(Descriptor(), time);
+    } catch (const std::system_error& error) {
+        FailWithText(error);
     }
 }
 
@@ -166,7 +178,4 @@ void SerialPort::SetLine(const LineSettings& all, const LineChange& change) {
     SetLowLatency(Descriptor(), change.lowLatency.value_or(LineSwitch::Keep));
     SetModemLines(Descriptor(), change.dtr.value_or(LineSwitch::Keep),
                   change.rts.value_or(LineSwitch::Keep));
-    if (change.breakTime) {
-        SendBreak(Descriptor(), *change.breakTime);
-    }
 }

@@ -29,13 +29,17 @@ class SerialPort : public OpenTerminal {
 
     /// Changes the line at once.
     /// @param all     the settings that hold from now on
-    /// @param change  what of them is new; the rest of the terminal is not touched. Its break, which
-    ///                may take five seconds, ends early when the device goes.
+    /// @param change  what of them is new; the rest of the terminal is not touched. A break is not
+    ///                sent.
     /// @throws std::runtime_error with the reason; the line is as it was then
     void Change(const LineSettings& all, const LineChange& change);
 
     /// The same with all settings new; a line that is to be kept is not touched.
     void Change(const LineSettings& all);
+
+    /// Sends a break; ends early when the device goes. Other changes do not wait for it.
+    /// @throws std::runtime_error with the reason
+    void SendBreak(std::chrono::milliseconds time);
 
     /// The settings that hold.
     LineSettings Settings();

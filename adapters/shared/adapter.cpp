@@ -109,6 +109,7 @@ void Adapter::Shutdown() {
     }
     m_Notifier.Abandon();
     EndSource();
+    m_Notifier.Abandon(); // until then the source may have published
     m_Handles.Clear();
     ForgetLoggedErrors();
 }

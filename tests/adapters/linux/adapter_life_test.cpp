@@ -115,3 +115,10 @@ TEST_P(AdapterLife, AfterANewRegistrationEventsAreToldAgain) {
     }
     EXPECT_EQ(10U, m_Recorder.Notices().size());
 }
+
+TEST_P(AdapterLife, WhatWentWhileNobodyListenedIsNotThereAfterwards) {
+    ASSERT_EQ(kNeighbour, Devices());
+    ASSERT_EQ(OS_ADAPT_OK, m_Adapter.UnRegister(NoticeRecorder::OnNotice));
+    m_Machine.Pull(Neighbour());
+    EXPECT_EQ("", Devices());
+}

@@ -88,6 +88,14 @@ TEST_F(ArrivalsTest, APortThatIsDroppedIsNotWaitedFor) {
     EXPECT_EQ(Names{"a1"}, Ready());
 }
 
+TEST_F(ArrivalsTest, OnlyThePortsThatWaitForOthersCanBeDroppedTogether) {
+    Announce(Facts("a", 0), 5);
+    Complete(Facts("a", 1));
+    m_Arrivals.DropComplete();
+    EXPECT_EQ(5U, m_Arrivals.SequenceOf(Facts("a", 0).sysPath));
+    EXPECT_EQ(std::nullopt, m_Arrivals.SequenceOf(Facts("a", 1).sysPath));
+}
+
 TEST_F(ArrivalsTest, AnAnnouncedPortIsOverdueWhenThePatienceEnds) {
     const std::string path = Facts("a", 0).sysPath;
     Announce(Facts("a", 0));

@@ -110,6 +110,16 @@ TEST_F(DeviceTableTest, APortThatComesBackIsAnotherOne) {
     EXPECT_LT(first, m_Table.FindNode("/dev/1-1.0")->arrival);
 }
 
+TEST_F(DeviceTableTest, APortThatMovesInTheDeviceTreeStaysWhatItIs) {
+    Add(Usb("1-1", "A5"));
+    const uint64_t arrival = m_Table.FindNode("/dev/1-1.0")->arrival;
+    m_Table.Move(Usb("1-1").sysPath, "/sys/devices/elsewhere");
+    EXPECT_EQ(nullptr, m_Table.Find(Usb("1-1").sysPath));
+    ASSERT_NE(nullptr, m_Table.Find("/sys/devices/elsewhere"));
+    EXPECT_EQ(arrival, m_Table.Find("/sys/devices/elsewhere")->arrival);
+    EXPECT_EQ(Names{"FTDI FT232R A5"}, Devices());
+}
+
 TEST_F(DeviceTableTest, TheSixtyFifthDeviceWaitsUntilAnotherGoes) {
     for (int i = 0; i < 66; ++i) {
         Add(Usb("1-" + std::to_string(i), std::to_string(i)));

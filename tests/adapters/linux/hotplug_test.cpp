@@ -2,6 +2,7 @@
 //
 // Devices that come and go, and what is told of it.
 #include <algorithm>
+#include <chrono>
 #include <functional>
 
 #include "tests/adapters/linux/linux_bench.h"
@@ -256,6 +257,8 @@ TEST_P(Hotplug, FactsThatComeLateAreWaitedFor) {
     m_Machine.SetAttribute(Other().Device(), "idVendor", "");
     m_Machine.KernelSaysBarely("add", Other(), "ttyUSB1");
     m_Machine.UdevSays("add", Other());
+    EXPECT_FALSE(WaitUntil([this] { return !m_Recorder.Notices().empty(); },
+                           std::chrono::milliseconds(100)));
     m_Machine.SetAttribute(Other().Device(), "idVendor", "0403");
     ExpectNotices({Told("+", kNeighbour, kOther)});
 }

@@ -81,14 +81,27 @@ TEST_P(LostEvents, ANeighboursOpenPortGoesOn) {
     EXPECT_EQ("on", m_Machine.FarEnd("ttyUSB0").Receive(2));
 }
 
-TEST_P(LostEvents, AMonitorThatBreaksIsReplacedByLooking) {
+TEST_P(LostEvents, AMonitorThatBreaksIsReplacedByAnother) {
     Start();
     m_Machine.FailMonitors(EIO);
-    AppearInitialized(Other());
+    ASSERT_TRUE(WaitUntil([this] { return LogLines("broke off") > 0; }));
+    m_Machine.Plug(Other());
     ASSERT_TRUE(m_Recorder.WaitForCount(1));
-    EXPECT_EQ(Told("+", kNeighbour, kOther), m_Recorder.Notices().at(0));
-    m_Machine.Vanish(Other());
+    m_Machine.Pull(Other());
     ASSERT_TRUE(m_Recorder.WaitForCount(2));
-    EXPECT_EQ(Told("-", kNeighbour), m_Recorder.Notices().at(1));
-    EXPECT_GE(LogLines("device events"), 1);
+    EXPECT_EQ((Notices{Told("+", kNeighbour, kOther), Told("-", kNeighbour)}),
+              m_Recorder.Notices());
+}
+
+TEST_P(LostEvents, AnOldRemovalDoesNotTakeAwayWhatWasFoundAfterIt) {
+    m_Machine.Plug(Other());
+    Start();
+    const auto oldRemoval = m_Machine.UdevsWord("remove", Other().PortAt("ttyUSB1"));
+    m_Machine.Vanish(Other());
+    m_Machine.Appear(Other());
+    Lose();
+    ASSERT_TRUE(m_Recorder.WaitForCount(1));
+    oldRemoval();
+    m_Machine.UdevSays("add", Other());
+    ExpectNotices({Told("-", kNeighbour), Told("+", kNeighbour, kOther)});
 }

@@ -77,7 +77,7 @@ std::string ValueOf(const EventProperties& properties, const std::string& name) 
 std::string Body(const EventProperties& properties) {
     std::string body;
     for (const auto& [name, value] : properties) {
-        body += name + "=" + value + '\0';
+        body.append(name).append("=").append(value).push_back('\0');
     }
     return body;
 }

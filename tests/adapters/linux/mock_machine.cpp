@@ -15,7 +15,7 @@ namespace {
 std::string Uevent(const MockEntry& entry) {
     std::string text;
     for (const auto& [name, value] : entry.properties) {
-        text += name + "=" + value + "\n";
+        text.append(name).append("=").append(value).append("\n");
     }
     return entry.driver.empty() ? text : text + "DRIVER=" + entry.driver + "\n";
 }
@@ -64,8 +64,7 @@ void MockMachine::LookEverythingUp() const {
     struct stat info {};
     stat("/", &info);
     lstat("/", &info);
-    access("/", F_OK);
-    int value = 0;
+    int value = access("/", F_OK);
     const int file = open("/proc/self/stat", O_RDONLY | O_CLOEXEC);
     [[maybe_unused]] ssize_t done = read(file, &value, sizeof value);
     fstat(file, &info);

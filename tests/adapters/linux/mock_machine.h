@@ -65,6 +65,11 @@ class MockMachine {
     /// What is attached to a port that is present.
     MockTerminal& FarEnd(const std::string& port) { return *m_Terminals.at("/dev/" + port); }
 
+    /// The same, to be kept: what happens to the port later does not hang up the line.
+    std::unique_ptr<MockTerminal> TakeFarEnd(const std::string& port) {
+        return std::move(m_Terminals.at("/dev/" + port));
+    }
+
     bool HasUdevd() const { return m_HasUdevd; }
 
   private:

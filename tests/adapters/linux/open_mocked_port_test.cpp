@@ -2,6 +2,7 @@
 //
 // Bytes through a port from its enumeration to its end, and what becomes of it when its device goes.
 #include <filesystem>
+#include <memory>
 #include <system_error>
 
 #include "tests/adapters/linux/linux_bench.h"
@@ -140,14 +141,30 @@ TEST_P(OpenMockedPort, ADeviceThatGoesAfterItsNodeIsOpenedLeavesNoDescriptor) {
     EXPECT_EQ(0U, OpenTerminals());
 }
 
+// The descriptor works to the end: only a second look at the table shows that it is too late.
+TEST_P(OpenMockedPort, ADeviceThatGoesUnnoticedWhileItsNodeIsOpenedLeavesNoDescriptor) {
+    Start();
+    std::unique_ptr<MockTerminal> farEnd;
+    OnNextOpen("/dev/ttyUSB1", nullptr, [&] {
+        farEnd = m_Machine.TakeFarEnd("ttyUSB1");
+        m_Machine.Pull(Other());
+        m_Recorder.WaitForCount(1);
+    });
+    EXPECT_EQ(OS_ADAPT_NO_HANDLE, m_Adapter.OpenPort("/dev/ttyUSB1"));
+    EXPECT_EQ(0U, OpenTerminals());
+}
+
 TEST_P(OpenMockedPort, ADeviceThatIsReplacedWhileItsNodeIsOpenedIsNotTheOneThatOpens) {
     Start();
-    OnNextOpen("/dev/ttyUSB1", nullptr, [this] {
+    std::unique_ptr<MockTerminal> farEnd;
+    OnNextOpen("/dev/ttyUSB1", nullptr, [&] {
+        farEnd = m_Machine.TakeFarEnd("ttyUSB1");
         m_Machine.Pull(Other());
         m_Machine.Plug(Ftdi("1-1.4", "C", "ttyUSB1"));
         m_Recorder.WaitForCount(2);
     });
     EXPECT_EQ(OS_ADAPT_NO_HANDLE, m_Adapter.OpenPort("/dev/ttyUSB1"));
+    EXPECT_EQ(0U, OpenTerminals());
     ExpectBytesPass(m_Adapter.OpenPort("/dev/ttyUSB1"), "ttyUSB1");
 }
 

@@ -74,6 +74,15 @@ class SerialPortTest : public testing::Test {
     }
 
     // What a change of an open port throws.
+    static std::string BreakFailure(SerialPort& port, int milliseconds) {
+        try {
+            port.SendBreak(std::chrono::milliseconds(milliseconds));
+        } catch (const std::runtime_error& error) {
+            return error.what();
+        }
+        return "";
+    }
+
     static std::string ChangeFailure(SerialPort& port, const std::string& text) {
         try {
             port.Change(Line(text), ParseLineChange(text));
@@ -363,7 +372,7 @@ TEST_F(SerialPortTest, IsAsBeforeAfterAChangeThatTheDriverRefused) {
 TEST_F(SerialPortTest, ABreakTakesItsTime) {
     const auto port = Open();
     const auto start = Clock::now();
-    EXPECT_EQ("", ChangeFailure(*port, "break=100"));
+    EXPECT_EQ("", BreakFailure(*port, 100));
     EXPECT_GE(SecondsSince(start), 0.1);
 }
 
@@ -374,7 +383,7 @@ TEST_F(SerialPortTest, ABreakEndsWhenTheDeviceGoes) {
     const auto start = Clock::now();
     std::thread breaking([&] {
         thread = gettid();
-        failure = ChangeFailure(*port, "break=5000");
+        failure = BreakFailure(*port, 5000);
     });
     EXPECT_TRUE(WaitUntil([&] { return thread != 0 && IsAsleep(thread); }));
     m_Pty.PullOut();
@@ -382,6 +391,22 @@ TEST_F(SerialPortTest, ABreakEndsWhenTheDeviceGoes) {
     EXPECT_LT(SecondsSince(start), 4.0);
     EXPECT_EQ("the device is gone; open the port again when it is back", failure);
     EXPECT_EQ(failure, ChangeFailure(*port, "300"));
+}
+
+TEST_F(SerialPortTest, NobodyWaitsForABreakAndNothingIsSetByIt) {
+    const auto port = Open("9600");
+    std::atomic<pid_t> thread{0};
+    std::thread breaking([&] {
+        thread = gettid();
+        BreakFailure(*port, 5000);
+    });
+    EXPECT_TRUE(WaitUntil([&] { return thread != 0 && IsAsleep(thread); }));
+    const auto start = Clock::now();
+    EXPECT_EQ("", ChangeFailure(*port, "300"));
+    EXPECT_LT(SecondsSince(start), 4.0);
+    m_Pty.PullOut();
+    breaking.join();
+    EXPECT_EQ(300U, port->Settings().baudRate);
 }
 
 TEST_F(SerialPortTest, AHostThatLeadsASessionOutlivesTheHangUp) {

@@ -62,6 +62,26 @@ TEST_F(Udevd, ItsWorkersMayFinishInAnyOrder) {
     ExpectNotices({Told("+", kNeighbour, kQuad)});
 }
 
+TEST_F(Udevd, PortsThatAreAnnouncedAreWaitedForALittle) {
+    Start();
+    std::string first;
+    // On a busy machine the gap may be too long, but not each time.
+    for (int i = 0; i < 5 && first != Told("+", kNeighbour, kQuad); ++i) {
+        const size_t before = m_Recorder.Notices().size();
+        m_Machine.Appear(Quad());
+        m_Machine.KernelSays("add", Quad());
+        m_Machine.UdevSays("add", Quad(), "ttyUSB6");
+        NothingIsToldFor(milliseconds(15)); // more than the quiet that ends a notice
+        m_Machine.UdevSays("add", Quad());
+        ASSERT_TRUE(m_Recorder.WaitForCount(before + 1));
+        first = m_Recorder.Notices().at(before);
+        m_Machine.Pull(Quad());
+        ASSERT_TRUE(
+            WaitUntil([this] { return m_Recorder.Notices().back() == Told("-", kNeighbour); }));
+    }
+    EXPECT_EQ(Told("+", kNeighbour, kQuad), first);
+}
+
 TEST_F(Udevd, PortsWhoseWordComesMuchLaterAreToldApart) {
     Start();
     m_Machine.Appear(Quad());

@@ -51,8 +51,8 @@ DeviceWatch::DeviceWatch(HandleTable& handles, StateNotifier& notifier)
     }
     OpenMonitors(); // first, so that what happens during the scan is not lost
     Compare();
-    m_Notifier.Publish(
-        m_Table.Reported()); // also when there is nothing: it replaces what was before
+    // Also when there is nothing: it replaces what an earlier watch has published.
+    m_Notifier.Publish(m_Table.Reported());
     m_Unpublished.reset();
     m_Started = std::chrono::steady_clock::now();
     if (const int error = m_Thread.Start("kova-devices", Enter, this); error != 0) {

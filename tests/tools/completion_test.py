@@ -61,6 +61,12 @@ class Completion(KovasctlTest):
         self.assertEqual({"virtual"}, self.complete("--adapter", "v"))
         self.assertEqual({"devices.toml"}, self.complete("send", "x", "--file", "dev"))
 
+    def test_understands_options_that_are_written_with_an_equals_sign(self):
+        # Bash gives "=" as a word of its own.
+        self.assertEqual({"cr", "lf", "crlf"}, self.complete("receive", "--eol", "=", ""))
+        self.assertEqual({"cr", "lf", "crlf"}, self.complete("receive", "--eol", "="))
+        self.assertEqual({"sensor-0"}, self.complete("receive", "--adapter", "=", "virtual", "s"))
+
     def test_zsh_and_the_manual_name_every_command_and_option(self):
         for path in (ZSH, MANUAL):
             text = path.read_text(encoding="utf-8").replace("\\", "")

@@ -53,6 +53,9 @@ class Log(KovasctlTest):
         self.assertIn("LEAVE CKOVASMgrPort::Release()", text)
         self.assertFalse(self.state.exists())
 
+    def test_cannot_go_where_nothing_can_be_written(self):
+        self.expect(2, self.run_tool("list", "--log-dir", "/proc"), "--log-dir: /proc/KOVASMgr.log: ")
+
     def test_gives_no_reason_of_an_earlier_run(self):
         (self.directory / "KOVASMgr.log").write_text("[] ERRO:OSAdapt: long ago\n", encoding="utf-8")
         self.scenario(NO_DEVICE)

@@ -34,6 +34,15 @@ class Place(KovasctlTest):
         (self.directory / "virtual").mkdir()
         self.expect_devices(adapter="virtual")
 
+    def test_a_name_of_ours_is_not_looked_for_where_the_person_stands(self):
+        program = self.program_in("prefix")
+        self.adapter_in("virtual")
+        self.expect(2, self.run_tool("list", adapter="virtual", program=program), "neither")
+        self.expect_devices(adapter="./virtual", program=program)
+
+    def test_a_path_that_is_no_directory_is_wrong_use(self):
+        self.expect(2, self.run_tool("list", adapter="/nonsense"), "/nonsense is no directory")
+
     def test_a_directory_is_taken_from_where_the_person_stands(self):
         self.adapter_in("mine")
         self.expect_devices(adapter="mine")

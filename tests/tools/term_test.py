@@ -114,11 +114,19 @@ class Term(ScreenTest):
         self.assertEqual(b"hello", path.read_bytes())
 
     def test_restores_the_terminal_when_a_signal_ends_it(self):
-        for number in (signal.SIGTERM, signal.SIGINT, signal.SIGHUP, signal.SIGQUIT):
+        for number in (signal.SIGTERM, signal.SIGINT, signal.SIGHUP, signal.SIGQUIT,
+                       signal.SIGALRM, signal.SIGUSR1, signal.SIGUSR2):
             with self.subTest(signal=number):
                 process = self.talk()
                 process.send_signal(number)
                 self.expect_end(process, 128 + number)
+
+    def test_restores_the_terminal_when_an_adapter_crashes(self):
+        for number in (signal.SIGSEGV, signal.SIGABRT, signal.SIGBUS):
+            with self.subTest(signal=number):
+                process = self.talk()
+                process.send_signal(number)
+                self.expect_end(process, -number)
 
     def test_a_second_signal_ends_it_at_once_when_the_adapter_hangs(self):
         self.environment["RECORDING_HANG"] = "1"
@@ -151,7 +159,7 @@ class Term(ScreenTest):
 
     def test_says_that_an_adapter_has_no_lines_and_restores_the_terminal(self):
         process = self.sit_down("bench-echo", "--line", "115200,8n1")
-        self.see("kovasctl: --line: the adapter ")
+        self.see("kovasctl: the line cannot be set: the adapter ")
         self.see("has no lines to set")
         self.expect_end(process, 1)
 

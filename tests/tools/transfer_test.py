@@ -35,6 +35,9 @@ class Send(KovasctlTest):
         self.expect(0, self.send("-e", r"a\x00\xff\t\\", "--eol", "crlf"))
         self.assertEqual(b"a\x00\xff\t\\\r\n", self.sent())
 
+    def test_refuses_a_hexadecimal_prefix_without_a_byte(self):
+        self.expect(2, self.send("--hex", "0x"), "'0x' is no byte in hexadecimal digits")
+
     def test_sends_hexadecimal_bytes(self):
         self.expect(0, self.send("--hex", "41 54:0d,0x0A ff"))
         self.assertEqual(b"AT\r\n\xff", self.sent())
@@ -101,7 +104,7 @@ class Send(KovasctlTest):
         self.assertEqual("recorder-0 9600,7e1\n", (self.directory / "line").read_text("utf-8"))
 
     def test_sends_nothing_on_a_line_that_is_refused(self):
-        self.expect(1, self.send("a", "--line", "nonsense"), "--line: 'nonsense' cannot be set")
+        self.expect(1, self.send("a", "--line", "nonsense"), "the line 'nonsense' cannot be set")
         self.assertEqual(b"", self.sent())
 
     def test_says_that_an_adapter_has_no_lines(self):

@@ -62,6 +62,11 @@ bool IsName(const std::string& choice) {
     return choice.find('/') == std::string::npos && choice != "." && choice != "..";
 }
 
+// These are never looked for where a person stands.
+bool IsOneOfOurs(const std::string& choice) {
+    return choice == kPlatformsAdapter || choice == "virtual";
+}
+
 void KeepMeaningOf(const char* variable) {
     const char* value = getenv(variable);
     if (value != nullptr && *value != '\0' && *value != '/') {
@@ -97,9 +102,12 @@ AdapterPlace FindAdapter(const std::string& choice) {
     if (IsName(choice) && IsDirectory(NamedAdapter(choice))) {
         return Place(NamedAdapter(choice), origin);
     }
-    if (!IsDirectory(choice)) {
+    if (!IsName(choice) && !IsDirectory(choice)) {
+        throw WrongUse(choice + " is no directory");
+    }
+    if (IsOneOfOurs(choice) || !IsDirectory(choice)) {
         throw WrongUse(choice + " is neither a directory nor an adapter in " +
-                       NamedAdapter(choice).parent_path().string());
+                       NamedAdapter("").parent_path().string());
     }
     return Place(choice, origin);
 }

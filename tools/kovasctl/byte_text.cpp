@@ -31,7 +31,7 @@ size_t SkipBetween(const std::string& text, size_t at) {
         ++at;
     }
     const bool isPrefixed = text.compare(at, 2, "0x") == 0 || text.compare(at, 2, "0X") == 0;
-    return isPrefixed ? at + 2 : at;
+    return isPrefixed && at + 2 < text.size() ? at + 2 : at;
 }
 
 /// @return where the escape ends

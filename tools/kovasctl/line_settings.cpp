@@ -31,12 +31,12 @@ void SetLine(Library& library, const std::string& portName, const std::string& s
             ? nullptr
             : reinterpret_cast<OSADAPT_SET_LINE>(dlsym(adapter.get(), OSADAPT_SET_LINE_NAME));
     if (setLine == nullptr) {
-        throw Failure("--line: the adapter " + library.Adapter().file +
+        throw Failure("the line cannot be set: the adapter " + library.Adapter().file +
                       " has no lines to set (no " OSADAPT_SET_LINE_NAME ")");
     }
     const uint64_t mark = library.Mark();
     if (setLine(portName.c_str(), settings.c_str()) != OS_ADAPT_OK) {
-        throw Failure("--line: '" + Printable(settings) + "' cannot be set on " +
+        throw Failure("the line '" + Printable(settings) + "' cannot be set on " +
                       Printable(portName) + library.Reason(mark, portName));
     }
 }

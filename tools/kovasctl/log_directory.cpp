@@ -14,6 +14,7 @@
 
 #include "tools/kovasctl/failure.h"
 #include "tools/kovasctl/state_directory.h"
+#include "tools/kovasctl/unique_fd.h"
 
 namespace {
 
@@ -40,6 +41,11 @@ LogDirectory::LogDirectory(const std::string& given)
       m_IsKept(!given.empty()), m_Start(Mark()) {
     if (!fs::is_directory(m_Path)) {
         throw WrongUse("--log-dir: " + m_Path + " is no directory");
+    }
+    const UniqueFd log(open(File().c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NONBLOCK,
+                            S_IRUSR | S_IWUSR));
+    if (log.Get() < 0) {
+        throw WrongUse("--log-dir: " + File() + ": " + std::strerror(errno));
     }
 }
 

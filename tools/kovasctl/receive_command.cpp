@@ -112,7 +112,11 @@ Action SetUpReceive(CLI::App& app) {
         app, "--idle-timeout", options->idleTimeout,
         "end when nothing has come for so long; a failure when --count or --until is not met");
     AddSeconds(app, "--timeout", options->timeout, "the same, from the start");
-    app.add_option("--until", options->until, "end behind this text")->type_name("TEXT");
+    app.add_option("--until", options->until, "end behind this text")
+        ->type_name("TEXT")
+        ->check([](const std::string& text) {
+            return text.empty() ? std::string("an empty text is never waited for") : std::string();
+        });
     app.add_option("--send", options->send, "send this first, to receive the answer")
         ->type_name("TEXT");
     AddTextOptions(app, options->hasEscapes, options->lineEnd);

@@ -12,7 +12,8 @@
 
 namespace {
 
-constexpr int kEndingSignals[] = {SIGINT, SIGTERM, SIGHUP, SIGQUIT};
+constexpr int kEndingSignals[] = {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGALRM, SIGUSR1, SIGUSR2};
+constexpr int kCrashSignals[] = {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT};
 
 int s_Pipe[2] = {-1, -1};
 std::atomic<int> s_Signal{0};
@@ -20,12 +21,23 @@ std::atomic<const termios*> s_Terminal{nullptr};
 static_assert(std::atomic<int>::is_always_lock_free, "used by a signal handler");
 static_assert(std::atomic<const termios*>::is_always_lock_free, "used by a signal handler");
 
-void EndAtOnce(int number) {
+void RestoreTerminal() {
     const termios* settings = s_Terminal;
     if (settings != nullptr) {
         tcsetattr(STDIN_FILENO, TCSANOW, settings);
     }
+}
+
+void EndAtOnce(int number) {
+    RestoreTerminal();
     _exit(kSignalBase + number);
+}
+
+// An adapter is a library of somebody else's, and runs in this process. The signal comes again when
+// this returns, and ends the process as it would have.
+void OnCrash(int number) {
+    RestoreTerminal();
+    raise(number);
 }
 
 // Async-signal-safe calls only.
@@ -38,10 +50,10 @@ void OnSignal(int number) {
     errno = savedErrno;
 }
 
-void Handle(int number, void (*handler)(int)) {
+void Handle(int number, void (*handler)(int), int flags = SA_RESTART) {
     struct sigaction action {};
     action.sa_handler = handler;
-    action.sa_flags = SA_RESTART;
+    action.sa_flags = flags;
     sigaction(number, &action, nullptr);
 }
 
@@ -61,6 +73,9 @@ void CatchSignals() {
         if (!IsIgnored(number)) {
             Handle(number, OnSignal);
         }
+    }
+    for (const int number : kCrashSignals) {
+        Handle(number, OnCrash, static_cast<int>(SA_RESETHAND));
     }
     Handle(SIGPIPE, SIG_IGN);
 }

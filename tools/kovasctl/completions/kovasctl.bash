@@ -1,11 +1,24 @@
 # SPDX-License-Identifier: MIT
 # Completion of kovasctl for bash.
 
+# Sets "words" to the words up to the one that is typed. Bash takes "--eol=cr" for three of them.
+_kovasctl_split() {
+    local i
+    words=()
+    for ((i = 0; i <= COMP_CWORD; ++i)); do
+        if [ "${COMP_WORDS[i]}" = = ] && [[ ${COMP_WORDS[i - 1]} == --* ]]; then
+            [ "$i" -lt "$COMP_CWORD" ] || words+=('')
+        else
+            words+=("${COMP_WORDS[i]}")
+        fi
+    done
+}
+
 # Ports that are there now, through the adapter that the command line names.
 _kovasctl_ports() {
     local i adapter=()
-    for ((i = 1; i < COMP_CWORD; ++i)); do
-        [ "${COMP_WORDS[i]}" = --adapter ] && adapter=(--adapter "${COMP_WORDS[i + 1]}")
+    for ((i = 1; i < ${#words[@]} - 1; ++i)); do
+        [ "${words[i]}" = --adapter ] && adapter=(--adapter "${words[i + 1]}")
     done
     kovasctl "${adapter[@]}" list --names 2>/dev/null
 }
@@ -45,13 +58,16 @@ _kovasctl_takes_value() {
 }
 
 _kovasctl() {
-    local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}
+    local words
+    _kovasctl_split
+    local last=$((${#words[@]} - 1))
+    local current=${words[last]} previous=${words[last - 1]}
     local command='' operands=0 i
-    for ((i = 1; i < COMP_CWORD; ++i)); do
-        if _kovasctl_takes_value "${COMP_WORDS[i]}" "$command"; then
+    for ((i = 1; i < last; ++i)); do
+        if _kovasctl_takes_value "${words[i]}" "$command"; then
             ((++i))
-        elif [[ ${COMP_WORDS[i]} != -* ]]; then
-            if [ -z "$command" ]; then command=${COMP_WORDS[i]}; else ((++operands)); fi
+        elif [[ ${words[i]} != -* ]]; then
+            if [ -z "$command" ]; then command=${words[i]}; else ((++operands)); fi
         fi
     done
     if _kovasctl_takes_value "$previous" "$command"; then

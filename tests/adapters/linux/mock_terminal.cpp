@@ -67,3 +67,9 @@ std::string MockTerminal::Receive(size_t count) const {
     });
     return bytes;
 }
+
+termios MockTerminal::Settings() const {
+    termios settings{};
+    tcgetattr(m_FarEnd, &settings);
+    return settings;
+}

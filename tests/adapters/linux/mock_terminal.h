@@ -2,6 +2,8 @@
 #ifndef KOVASMGR_TESTS_ADAPTERS_LINUX_MOCK_TERMINAL_H
 #define KOVASMGR_TESTS_ADAPTERS_LINUX_MOCK_TERMINAL_H
 
+#include <termios.h>
+
 #include <cstddef>
 #include <string>
 
@@ -22,6 +24,9 @@ class MockTerminal {
 
     /// Receives this many bytes, or as many as come until 10 s pass without one.
     std::string Receive(size_t count) const;
+
+    /// How the line is set now.
+    termios Settings() const;
 
   private:
     int m_FarEnd;

@@ -38,7 +38,7 @@ if(TARGET adapter_linux)
   kovasmgr_add_mocked_tests(adapter_linux_tests
     SOURCES
       adapter_life_test.cpp enumeration_test.cpp hotplug_test.cpp lost_events_test.cpp
-      neighbour_test.cpp open_mocked_port_test.cpp udevd_test.cpp
+      neighbour_test.cpp open_mocked_port_test.cpp set_line_test.cpp udevd_test.cpp
       linux_bench.cpp ../adapter_under_test.cpp ../notice_recorder.cpp)
   target_compile_definitions(adapter_linux_tests PRIVATE ${KOVASMGR_LINUX_ADAPTER_DEFINITIONS})
   add_dependencies(adapter_linux_tests adapter_linux)

@@ -251,14 +251,18 @@ TEST_P(Hotplug, OnePortOfADeviceComesAndGoesAlone) {
 }
 
 TEST_P(Hotplug, FactsThatComeLateAreWaitedFor) {
+    const MockDevice bare = MockDevice::Usb("1-1.2")
+                                .Id("", "")
+                                .Texts("FTDI", "FT232R USB UART", "B")
+                                .Port("ttyUSB1", 0, "ftdi_sio");
     Start();
     m_Machine.KernelSaysBarely("add", Other(), "ttyUSB1");
-    m_Machine.Appear(Other());
-    m_Machine.SetAttribute(Other().Device(), "idVendor", "");
+    m_Machine.Appear(bare);
     m_Machine.KernelSaysBarely("add", Other(), "ttyUSB1");
     m_Machine.UdevSays("add", Other());
     EXPECT_FALSE(WaitUntil([this] { return !m_Recorder.Notices().empty(); },
                            std::chrono::milliseconds(100)));
+    m_Machine.SetAttribute(Other().Device(), "idProduct", "6001");
     m_Machine.SetAttribute(Other().Device(), "idVendor", "0403");
     ExpectNotices({Told("+", kNeighbour, kOther)});
 }

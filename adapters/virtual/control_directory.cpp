@@ -36,8 +36,10 @@ UniqueFd OpenLinks(int directory) {
 // What no host can have left there, so that it is somebody's file.
 // @return its name, empty when there is none.
 std::string ForeignName(int directory) {
-    if (const mode_t type = TypeOf(directory, kControlSocket); type != 0 && type != S_IFSOCK) {
-        return kControlSocket;
+    for (const char* const name : {kDeafSocket, kControlSocket}) {
+        if (const mode_t type = TypeOf(directory, name); type != 0 && type != S_IFSOCK) {
+            return name;
+        }
     }
     if (const mode_t type = TypeOf(directory, kPortLinks); type != 0 && type != S_IFDIR) {
         return kPortLinks;
@@ -62,6 +64,7 @@ void RemoveLinks(int links) {
 
 // Only what a host makes; a user's file of the same name stays.
 void RemoveContents(int directory) {
+    RemoveIfOfType(directory, kDeafSocket, S_IFSOCK);
     RemoveIfOfType(directory, kControlSocket, S_IFSOCK);
     const UniqueFd links = OpenLinks(directory);
     if (links.IsOpen()) {
@@ -106,8 +109,6 @@ ControlDirectory::~ControlDirectory() {
         unlinkat(m_Base.Get(), m_Name.c_str(), AT_REMOVEDIR);
     }
 }
-
-std::string ControlDirectory::SocketPath() const { return m_Path + "/" + kControlSocket; }
 
 bool ControlDirectory::AddLink(const std::string& name, const std::string& target) {
     return symlinkat(target.c_str(), m_Links.Get(), name.c_str()) == 0;

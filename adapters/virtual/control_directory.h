@@ -21,7 +21,6 @@ class ControlDirectory {
     ControlDirectory& operator=(const ControlDirectory&) = delete;
 
     const std::string& Path() const { return m_Path; }
-    std::string SocketPath() const;
 
     /// @param name  a plain file name
     /// @return false when the link cannot be made; errno tells why

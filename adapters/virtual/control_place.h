@@ -7,8 +7,11 @@
 #include <string>
 #include <vector>
 
-constexpr const char* kControlSocket = "control"; // in the control directory
-constexpr const char* kPortLinks = "ports";       // in the control directory
+// In the control directory. The socket has its first name until it listens, so that nobody who sees
+// it under the other one is refused.
+constexpr const char* kDeafSocket = ".new";
+constexpr const char* kControlSocket = "control";
+constexpr const char* kPortLinks = "ports";
 
 /// The directory that KOVASMGR_VIRTUAL_DIR names, empty when it is not set.
 std::string ChosenControlDirectory();

@@ -6,10 +6,12 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
 #include <stdexcept>
 
 #include "adapters/shared/adapter_log.h"
+#include "adapters/virtual/control_place.h"
 
 namespace {
 
@@ -23,24 +25,30 @@ constexpr std::chrono::seconds kAcceptPause{1};
     throw std::runtime_error("control socket '" + Printable(path) + "': " + reason);
 }
 
+void RefuseLongPath(const std::string& path) {
+    if (path.size() >= sizeof(sockaddr_un::sun_path)) {
+        Fail(path, "the path has " + std::to_string(path.size()) + " bytes, at most " +
+                       std::to_string(sizeof(sockaddr_un::sun_path) - 1) +
+                       " are possible; set KOVASMGR_VIRTUAL_DIR to a shorter one");
+    }
+}
+
 sockaddr_un MakeAddress(const std::string& path) {
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
-    if (path.size() >= sizeof address.sun_path) {
-        Fail(path, "the path has " + std::to_string(path.size()) + " bytes, at most " +
-                       std::to_string(sizeof address.sun_path - 1) +
-                       " are possible; set KOVASMGR_VIRTUAL_DIR to a shorter one");
-    }
     std::memcpy(address.sun_path, path.c_str(), path.size() + 1);
     return address;
 }
 
-UniqueFd Listen(const std::string& path) {
-    const sockaddr_un address = MakeAddress(path);
+UniqueFd Listen(const std::string& directory) {
+    const std::string path = directory + "/" + kControlSocket;
+    RefuseLongPath(path);
+    const std::string deaf = directory + "/" + kDeafSocket; // the shorter one
+    const sockaddr_un address = MakeAddress(deaf);
     UniqueFd listener(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
     if (!listener.IsOpen() ||
         bind(listener.Get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 ||
-        listen(listener.Get(), kBacklog) != 0) {
+        listen(listener.Get(), kBacklog) != 0 || std::rename(deaf.c_str(), path.c_str()) != 0) {
         Fail(path, ErrnoText(errno));
     }
     return listener;
@@ -48,7 +56,7 @@ UniqueFd Listen(const std::string& path) {
 
 } // namespace
 
-ControlServer::ControlServer(const std::string& socketPath) : m_Listener(Listen(socketPath)) {}
+ControlServer::ControlServer(const std::string& directory) : m_Listener(Listen(directory)) {}
 
 void ControlServer::Watch(PollSet& waiting) {
     m_Place.reset();

@@ -18,8 +18,9 @@ class ControlServer {
   public:
     using Instant = std::chrono::steady_clock::time_point;
 
+    /// @param directory  the control directory's path
     /// @throws std::runtime_error with the reason
-    explicit ControlServer(const std::string& socketPath);
+    explicit ControlServer(const std::string& directory);
 
     void Watch(PollSet& waiting);
     void Serve(const PollSet& waited, VirtualPorts& ports, StateNotifier& notifier);

@@ -68,7 +68,7 @@ void Session::Wake() {
 void Session::OpenControl() {
     try {
         m_Directory = std::make_unique<ControlDirectory>();
-        m_Server = std::make_unique<ControlServer>(m_Directory->SocketPath());
+        m_Server = std::make_unique<ControlServer>(m_Directory->Path());
     } catch (const std::runtime_error& error) {
         LogError(std::string("devices cannot be plugged and pulled: ") + error.what());
     }

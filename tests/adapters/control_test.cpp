@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include <sys/inotify.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -7,6 +8,8 @@
 #include <fstream>
 #include <list>
 #include <memory>
+#include <string>
+#include <vector>
 
 #include "tests/adapters/adapter_under_test.h"
 #include "tests/adapters/descriptors_used_up.h"
@@ -334,6 +337,32 @@ TEST_F(Control, WhatAKilledHostLeftInAChosenDirectoryIsReplaced) {
     EXPECT_NE("/dev/pts/99", fs::read_symlink(PortLink("l0")));
     EXPECT_FALSE(fs::is_symlink(PortLink("gone")));
     EXPECT_EQ("ok", Command("pull left"));
+}
+
+TEST_F(Control, ASocketThatAHostKilledAtItsStartLeftIsReplaced) {
+    ASSERT_EQ("exit 0", Shell("cd " + ControlDirectory() +
+                              " && python3 -c 'import socket; "
+                              "socket.socket(socket.AF_UNIX).bind(\".new\")'"));
+    Start();
+    EXPECT_EQ("ok", Command("pull left"));
+    EXPECT_FALSE(fs::exists(ControlDirectory() + "/.new"));
+}
+
+TEST_F(Control, TheSocketHasItsNameOnlyWhenItListens) {
+    const int watch = inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
+    ASSERT_GE(inotify_add_watch(watch, ControlDirectory().c_str(), IN_CREATE | IN_MOVED_TO), 0);
+    Start();
+    alignas(inotify_event) char events[4096];
+    const ssize_t size = read(watch, events, sizeof events);
+    close(watch);
+    std::vector<std::string> seen;
+    for (ssize_t at = 0; at < size;) {
+        const auto* const event = reinterpret_cast<const inotify_event*>(events + at);
+        seen.push_back(((event->mask & IN_MOVED_TO) != 0 ? "renamed to " : "made ") +
+                       std::string(event->name));
+        at += static_cast<ssize_t>(sizeof *event + event->len);
+    }
+    EXPECT_EQ((std::vector<std::string>{"made ports", "made .new", "renamed to control"}), seen);
 }
 
 TEST_F(Control, FilesOfSomebodyElseInAChosenDirectoryAreRefusedAndLeftAlone) {

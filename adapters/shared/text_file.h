@@ -2,6 +2,7 @@
 #ifndef KOVASMGR_ADAPTERS_TEXT_FILE_H
 #define KOVASMGR_ADAPTERS_TEXT_FILE_H
 
+#include <cstddef>
 #include <string>
 
 struct TextFile {
@@ -10,8 +11,13 @@ struct TextFile {
     bool isMissing = false; // there is no such file
 };
 
-/// Reads a whole regular file of at most 1 MiB. Whatever else the name turns out to be, a FIFO or a
-/// device, the call neither waits for it nor reads from it.
-TextFile ReadTextFile(const std::string& path);
+constexpr size_t kMebibyte = size_t{1024} * 1024;
+
+/// Reads a whole regular file of at most so many bytes. Whatever else the name turns out to be, a
+/// FIFO or a device, the call neither waits for it nor reads from it.
+TextFile ReadTextFile(const std::string& path, size_t maxBytes = kMebibyte);
+
+/// The error of a file that is larger than that: "larger than 1 MiB".
+std::string TooLargeText(size_t maxBytes);
 
 #endif

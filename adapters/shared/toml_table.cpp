@@ -14,6 +14,13 @@ bool IsControl(char character) {
     return byte < 0x20 || byte == 0x7f;
 }
 
+// Without the zeros that std::to_string puts behind it.
+std::string Shown(double number) {
+    std::string text = std::to_string(number);
+    text.erase(text.find_last_not_of('0') + 1);
+    return text.back() == '.' ? text.substr(0, text.size() - 1) : text;
+}
+
 } // namespace
 
 void Mistake::Note(const toml::source_region& where, const std::string& reason) {
@@ -71,6 +78,39 @@ long TomlTable::Number(const char* key, long ifMissing, long least, long most) {
         return ifMissing;
     }
     return static_cast<long>(*value);
+}
+
+double TomlTable::Decimal(const char* key, double ifMissing, double least, double most) {
+    const toml::node* node = Find(key);
+    if (node == nullptr) {
+        return ifMissing;
+    }
+    const auto value = node->is_number() ? node->value<double>() : std::nullopt;
+    const bool isGood = value && *value >= least && *value <= most; // NaN is not
+    if (!isGood) {
+        Note(key, "must be a number from " + Shown(least) + " to " + Shown(most));
+    }
+    return isGood ? *value : ifMissing;
+}
+
+std::vector<TomlText> TomlTable::TextList(const char* key, size_t most) {
+    std::vector<TomlText> texts;
+    const toml::node* node = Find(key);
+    const toml::array* array = node == nullptr ? nullptr : node->as_array();
+    if (node != nullptr && array == nullptr) {
+        Note(key, "must be an array of texts");
+    } else if (array != nullptr && array->size() > most) {
+        m_Mistake.Note((*array)[most].source(),
+                       Quoted(key) + " has more than " + std::to_string(most) + " texts");
+    } else if (array != nullptr) {
+        for (const toml::node& each : *array) {
+            texts.push_back({each.value_exact<std::string>().value_or(""), each.source()});
+            if (!each.is_string()) {
+                m_Mistake.Note(each.source(), Quoted(key) + " must hold texts only");
+            }
+        }
+    }
+    return texts;
 }
 
 std::map<std::string, std::string> TomlTable::Texts(const char* key, size_t maxBytes) {

@@ -7,11 +7,9 @@
 #include <set>
 #include <string>
 #include <string_view>
+#include <vector>
 
-#define TOML_ENABLE_FORMATTERS 0
-// The parser recurses. With the bound on dots in toml_text.cpp this one bounds how deep.
-#define TOML_MAX_NESTED_VALUES 16
-#include <toml++/toml.h>
+#include "adapters/shared/toml_parser.h"
 
 /// The first mistake found in a file, and where. Later ones are not kept.
 class Mistake {
@@ -24,6 +22,12 @@ class Mistake {
   private:
     std::string m_Reason;
     toml::source_index m_Line = 0;
+};
+
+/// An entry of an array of texts.
+struct TomlText {
+    std::string text;
+    toml::source_region where;
 };
 
 /// Reads the keys of one TOML table and finds the mistakes in it. A value that is wrong or missing
@@ -45,6 +49,12 @@ class TomlTable {
 
     bool Flag(const char* key, bool ifMissing);
     long Number(const char* key, long ifMissing, long least, long most);
+
+    /// A number with or without decimals.
+    double Decimal(const char* key, double ifMissing, double least, double most);
+
+    /// The entries of an array of at most so many texts of any characters.
+    std::vector<TomlText> TextList(const char* key, size_t most);
 
     /// A table of texts of any characters, at most maxBytes bytes each; texts may be empty.
     std::map<std::string, std::string> Texts(const char* key, size_t maxBytes);

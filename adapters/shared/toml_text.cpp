@@ -33,13 +33,16 @@ std::string LineMistake(std::string_view line) {
     return "";
 }
 
+[[noreturn]] void Fail(const std::string& fileName, long line, const std::string& reason) {
+    throw std::runtime_error(fileName + ":" + std::to_string(line) + ": " + reason);
+}
+
 // Finds what the parser must not be given.
 void CheckLines(std::string_view text, const std::string& fileName) {
-    for (size_t number = 1; !text.empty(); ++number) {
+    for (long number = 1; !text.empty(); ++number) {
         const size_t end = std::min(text.find('\n'), text.size());
         if (const std::string reason = LineMistake(text.substr(0, end)); !reason.empty()) {
-            std::string where = fileName + ":" + std::to_string(number);
-            throw std::runtime_error(where.append(": ").append(reason));
+            Fail(fileName, number, reason);
         }
         text.remove_prefix(std::min(end + 1, text.size()));
     }

@@ -11,18 +11,20 @@
 #include <thread>
 
 #include "adapters/shared/adapter_log.h"
+#include "adapters/virtual/simulation/call_gate.h"
+#include "adapters/virtual/simulation/event_file.h"
 
 namespace {
 
 // How long the thread rests after an error that would only come again at once.
 constexpr std::chrono::milliseconds kPause{100};
 
-std::unique_ptr<const Scenario> LoadOrLog() {
+Scenario LoadOrLog() {
     ScenarioResult result = LoadScenario();
     if (!result.error.empty()) {
         LogError("no devices, the scenario has a mistake: " + result.error);
     }
-    return std::make_unique<const Scenario>(std::move(result.scenario));
+    return std::move(result.scenario);
 }
 
 } // namespace
@@ -37,20 +39,32 @@ Session::Session(HandleTable& handles, StateNotifier& notifier)
         throw std::runtime_error("no event counter: " + ErrnoText(errno));
     }
     OpenControl();
-    m_Ports = std::make_unique<VirtualPorts>(LoadOrLog(), handles, notifier, m_Directory.get());
+    m_Simulation = std::make_shared<Simulation>(LoadOrLog());
+    m_Ports = std::make_unique<VirtualPorts>(*m_Simulation, handles, notifier, m_Directory.get());
+    m_Director = std::make_unique<Director>(m_Simulation, *m_Ports);
     if (const int error = m_Thread.Start("kova-virtual", Enter, this); error != 0) {
         m_Ports->RemoveAll();
         throw std::runtime_error("no thread: " + ErrnoText(error));
     }
+    m_Simulation->Calls().SetWaker(WakeSelf, this);
+    m_Simulation->Clock().Continue();
+    GuardCalls(m_Simulation);
+    Wake();
 }
 
 void Session::Stop() {
-    m_Stop = true;
+    if (m_Stop.exchange(true)) {
+        return;
+    }
+    m_Simulation->Calls().SetWaker(nullptr, nullptr);
+    m_Simulation->Calls().EndWaiting();
     Wake();
     m_Thread.Join();
+    LeaveCalls();
     m_Ports->RemoveAll();
     m_Server.reset();
     m_Directory.reset();
+    WriteEventFile(m_Simulation->Log());
 }
 
 int Session::Open(const std::string& portName) {
@@ -64,6 +78,8 @@ void Session::Wake() {
     // Fails only when the counter is full, and then the thread wakes all the same.
     [[maybe_unused]] const ssize_t written = write(m_Wake.Get(), &one, sizeof one);
 }
+
+void Session::WakeSelf(void* self) { static_cast<Session*>(self)->Wake(); }
 
 void Session::OpenControl() {
     try {
@@ -91,6 +107,7 @@ void Session::ServeOnce() {
     PollSet waiting;
     const size_t wake = waiting.Add(m_Wake.Get(), POLLIN);
     m_Ports->Watch(waiting);
+    m_Director->Watch(waiting);
     if (m_Server != nullptr) {
         m_Server->Watch(waiting);
     }
@@ -101,9 +118,10 @@ void Session::ServeOnce() {
     if ((waiting.Seen(wake) & POLLIN) != 0) {
         DrainWake();
     }
+    m_Director->Serve();
     m_Ports->Serve(waiting);
     if (m_Server != nullptr) {
-        m_Server->Serve(waiting, *m_Ports, m_Notifier);
+        m_Server->Serve(waiting, *m_Director, m_Notifier);
     }
 }
 

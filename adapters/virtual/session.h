@@ -11,12 +11,14 @@
 #include "adapters/shared/state_notifier.h"
 #include "adapters/shared/unique_fd.h"
 #include "adapters/shared/worker_thread.h"
-#include "adapters/virtual/control_directory.h"
-#include "adapters/virtual/control_server.h"
-#include "adapters/virtual/virtual_ports.h"
+#include "adapters/virtual/control/control_directory.h"
+#include "adapters/virtual/control/control_server.h"
+#include "adapters/virtual/ports/virtual_ports.h"
+#include "adapters/virtual/simulation/director.h"
+#include "adapters/virtual/simulation/simulation.h"
 
-/// Everything that lives from the first use of the adapter to its un-registration: devices, control
-/// directory and socket, and the thread that serves them. The thread never calls the host, so it
+/// Everything that lives from the first use of the adapter to its un-registration: the scenario that
+/// runs, its devices, control directory and socket, and the thread that serves them. The thread never calls the host, so it
 /// can always be waited for.
 class Session : public PortSource {
   public:
@@ -27,7 +29,8 @@ class Session : public PortSource {
 
     ~Session() override { Stop(); }
 
-    /// Ends the thread, kills all handles, closes all lines and removes what is in the file system.
+    /// Ends the thread, kills all handles, closes all lines, removes what is in the file system and
+    /// writes the events.
     /// Calls of Open and Wake may overlap with it; they find no ports. By one thread, which is not
     /// the service thread.
     void Stop() override;
@@ -41,6 +44,7 @@ class Session : public PortSource {
   private:
     void OpenControl();
     static void Enter(void* self);
+    static void WakeSelf(void* self);
     void Run();
     void ServeOnce();
     void Pause();
@@ -50,7 +54,9 @@ class Session : public PortSource {
     UniqueFd m_Wake; // an event counter
     std::unique_ptr<ControlDirectory> m_Directory;
     std::unique_ptr<ControlServer> m_Server;
+    std::shared_ptr<Simulation> m_Simulation;
     std::unique_ptr<VirtualPorts> m_Ports;
+    std::unique_ptr<Director> m_Director;
     std::atomic<bool> m_Stop{false};
     WorkerThread m_Thread;
 };

@@ -151,11 +151,36 @@ TEST_F(ControlProgram, ControlBytesAreReplacedInWhatIsPrinted) {
               Run("\"$(printf -- '-\\033x')\""));
 }
 
-TEST_F(ControlProgram, EveryWordIsQuoted) {
+TEST_F(ControlProgram, WordsAreQuotedWhereTheyMustBe) {
     FakeHost host(ControlDirectory());
     host.Answer("ok\n");
-    EXPECT_EQ("ok\nexit 0", Run(R"('pull it' 'a"b' '' 'c\d')"));
-    EXPECT_EQ("\"pull it\" \"a\\\"b\" \"\" \"c\\\\d\"\n", host.Received());
+    EXPECT_EQ("ok\nexit 0", Run(R"('pull it' 'a"b' '' 'c\d' 'e\ f')"));
+    EXPECT_EQ(R"("pull it" "a\"b" "" c\d "e\\ f")"
+              "\n",
+              host.Received());
+}
+
+TEST_F(ControlProgram, BytesToSendKeepTheirBackslashes) {
+    UseScenario(kTwoDevices);
+    const AdapterUnderTest adapter;
+    ASSERT_EQ("left(l0 l1) right(r0 r1)", adapter.DevicesText());
+    const int handle = adapter.OpenPort("l0");
+    EXPECT_EQ("ok\nexit 0", Run(R"(send 'AT\r' to l0)"));
+    EXPECT_EQ("ok\nexit 0", Run(R"(send 'a b\r' to l0)"));
+    EXPECT_EQ("ok\nexit 0", Run(R"(send '"c\x00"' to l0 2 times)"));
+    const std::string all("AT\ra b\rc\0c\0", 11);
+    EXPECT_EQ(all, adapter.ReadUntil(handle, all));
+}
+
+TEST_F(ControlProgram, AFaultIsOrderedInTheWordsOfAScenario) {
+    UseScenario(kTwoDevices);
+    const AdapterUnderTest adapter;
+    ASSERT_EQ("left(l0 l1) right(r0 r1)", adapter.DevicesText());
+    const int handle = adapter.OpenPort("l0");
+    EXPECT_EQ("ok\nexit 0", Run("fail write to l0"));
+    EXPECT_EQ(-1, adapter.WriteText(handle, "x"));
+    EXPECT_EQ(1, adapter.WriteText(handle, "x"));
+    EXPECT_EQ("error no port 'l9'\nexit 1", Run("fail write to l9"));
 }
 
 TEST_F(ControlProgram, AnArgumentWithALineBreakIsRefused) {

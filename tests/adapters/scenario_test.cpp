@@ -230,7 +230,7 @@ TEST_F(Scenario, AWrongTypeIsNamed) {
     ExpectMistake(PortWith("id = 1.5"), 6, "'id' must be a whole number");
     ExpectMistake(PortWith("far = 1"), 6, "'far' must be a text");
     ExpectMistake(PortWith("far = \"near\""), 6,
-                  "'far' must be one of: external silent echo at periodic");
+                  "'far' must be one of: external silent echo at periodic scripted recording");
     ExpectMistake(PortWith("far = \"at\"\nreplies = 1"), 7, "'replies' must be a table of texts");
     ExpectMistake(PortWith("far = \"at\"\n[device.port.replies]\nAT = 1"), 8,
                   "'replies' must hold texts only");
@@ -273,14 +273,14 @@ TEST_F(Scenario, WhatIsTooMuchIsNamed) {
                   "'every_ms' must be a whole number from 1 to 3600000");
     std::string ports = "[[device]]\nname = \"d\"\n";
     std::string devices;
-    for (int i = 0; i < 65; ++i) {
+    for (int i = 0; i < 1025; ++i) {
         const std::string number = std::to_string(i);
         ports += "[[device.port]]\nname = \"p" + number + "\"\n";
         devices +=
             "[[device]]\nname = \"d" + number + "\"\n[[device.port]]\nname = \"p" + number + "\"\n";
     }
-    ExpectMistake(ports, 35, "device has more than 16 of 'port'");
-    ExpectMistake(devices, 257, "scenario has more than 64 of 'device'");
+    ExpectMistake(ports, 131, "device has more than 64 of 'port'");
+    ExpectMistake(devices, 4097, "scenario has more than 1024 of 'device'");
 }
 
 TEST_F(Scenario, ALineThatIsTooLongOrHasTooManyDotsIsNamed) {
@@ -422,6 +422,23 @@ TEST_F(Scenario, WithAMistakeTheAdapterWorksOnWithoutDevices) {
     EXPECT_EQ("ok", Command("list"));
     EXPECT_EQ("error no device 'd'", Command("plug d"));
     EXPECT_EQ(OS_ADAPT_OK, adapter.UnRegister(NoticeRecorder::OnNotice));
+}
+
+TEST_F(Scenario, ARecordingStandsInForOneAndWhatIsLeftOutIsLogged) {
+    const std::string start = "{\"t_us\":1,\"result\":30000,\"call\":";
+    const std::string path =
+        UseScenario("{\"kovasmgr_recording\":1}\n" + start +
+                    "\"enumerate\",\"devices\":[{\"name\":\"d\",\"text\":\"t\",\"ports\":[{"
+                    "\"name\":\"p\",\"id\":7}]}]}\n" +
+                    start + "\"open\",\"port\":\"p\"}\n" + start +
+                    "\"write\",\"port\":\"p\",\"data\":\"QVQN\",\"count\":3}\n" + start +
+                    "\"read\",\"port\":\"p\",\"data\":\"T0s=\",\"count\":2}\n" + start + "\"re");
+    const AdapterUnderTest adapter;
+    EXPECT_EQ("d(p)", adapter.DevicesText());
+    EXPECT_EQ(1, LogLines(path + ":6: the recording ends within a line, which is left out"));
+    const int handle = adapter.OpenPort("p");
+    adapter.WriteText(handle, "AT\r");
+    EXPECT_EQ("OK", adapter.ReadUntil(handle, "OK"));
 }
 
 TEST_F(Scenario, TheSampleHasNoMistake) {

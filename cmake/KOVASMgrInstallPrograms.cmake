@@ -4,7 +4,7 @@ set(KOVASMGR_ZSH_COMPLETION_DIR "${CMAKE_INSTALL_DATADIR}/zsh/site-functions" CA
     "Where zsh looks for completions, relative to the prefix")
 
 # Each adapter alone in its directory; one level up, where the library looks, the platform's own.
-foreach(name IN ITEMS linux virtual)
+foreach(name IN ITEMS linux spy virtual)
   if(TARGET adapter_${name})
     install(TARGETS adapter_${name}
       LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/kovasmgr/${name} COMPONENT Runtime)
@@ -39,6 +39,12 @@ if(TARGET kovasctl)
     DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT Tools OPTIONAL)
   install(FILES "${kovasmgr_completions}/_kovasctl"
     DESTINATION ${KOVASMGR_ZSH_COMPLETION_DIR} COMPONENT Tools OPTIONAL)
+endif()
+if(TARGET kovasctl AND TARGET adapter_virtual)
+  # The ready scenarios; what else is there are samples.
+  install(DIRECTORY adapters/virtual/scenarios/
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/kovasmgr/scenarios COMPONENT Tools
+    FILES_MATCHING PATTERN "*.toml" PATTERN builtin.toml EXCLUDE PATTERN demo.toml EXCLUDE)
 endif()
 install(FILES packaging/udev/70-kovasmgr.rules
   DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples COMPONENT Tools)

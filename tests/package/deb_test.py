@@ -87,7 +87,8 @@ class Debian(unittest.TestCase):
 
     def test_the_library_package_has_the_adapters_and_no_files_for_development(self):
         listing = run("dpkg-deb", "-c", self.packages["libkovasmgr1"], directory="/")
-        self.assertEqual({"libOSAdapt.so", "linux/libOSAdapt.so", "virtual/libOSAdapt.so"},
+        self.assertEqual({"libOSAdapt.so", "linux/libOSAdapt.so", "spy/libOSAdapt.so",
+                          "virtual/libOSAdapt.so"},
                          set(re.findall(r"kovasmgr/(\S*libOSAdapt\.so)", listing)))
         self.assertNotRegex(listing, r"include|libKOVASMgr\.so(?: ->|\n)")
 
@@ -105,7 +106,8 @@ class Debian(unittest.TestCase):
         for file in ("man/man1/kovasctl.1.gz", "man/man1/kovasmgr-virtual.1.gz",
                      "man/man3/kovasmgr.3.gz", "bash-completion/completions/kovasctl",
                      "zsh/vendor-completions/_kovasctl",
-                     "doc/kovasmgr-tools/examples/70-kovasmgr.rules"):
+                     "doc/kovasmgr-tools/examples/70-kovasmgr.rules",
+                     "kovasmgr/scenarios/modem.toml"):
             self.assertTrue((self.root / "usr/share" / file).is_file(), file)
 
     def test_the_python_module_lists_virtual_devices(self):

@@ -4,6 +4,7 @@
     install_test.py CMAKE BUILD_DIRECTORY CC CXX
 """
 
+import json
 import re
 import sys
 import tempfile
@@ -120,6 +121,16 @@ class Installed(unittest.TestCase):
         text = run(self.prefix / "bin/kovasctl", "--adapter", "virtual", "list", "--json",
                    directory=self.scratch, XDG_STATE_HOME=self.scratch)
         self.assertIn('"virtual-sensor"', text)
+
+    def test_kovasctl_finds_the_ready_scenarios_and_no_samples(self):
+        if not (self.prefix / "bin/kovasctl").exists():
+            self.skipTest("built without kovasctl")
+        text = run(self.prefix / "bin/kovasctl", "sim", "--list", "--json", directory=self.scratch)
+        found = [Path(scenario["file"]) for scenario in json.loads(text)["scenarios"]]
+        self.assertEqual(10, len(found))
+        self.assertEqual(sorted(found), sorted(self.prefix.glob("share/kovasmgr/scenarios/*")))
+        run(self.prefix / "bin/kovasctl", "sim", "--check", *(path.stem for path in found),
+            directory=self.scratch)
 
     def test_the_udev_rule_comes_before_those_that_act_on_it(self):
         rules = list(self.prefix.glob("share/doc/*/examples/*.rules"))

@@ -22,7 +22,7 @@ RULES = [
     (r"api/.*", "system",
      [r"api/.*", r"manager/.*", r"common/(jdir|cancel_shield)\.h", r"include/(?!KOVASMgrWriteLog).*"]),
     (r"adapters/.*", "any",
-     [r"include/(OSAdapt(Line)?|KOVASMgrLog|KOVASMgrExport)\.h", r"adapters/shared/.*", r"{own}/.*"]),
+     [r"include/(OSAdapt(Line|Scenario|Spy)?|KOVASMgrLog|KOVASMgrExport)\.h", r"adapters/shared/.*", r"{own}/.*"]),
     (r"tools/.*", "any", [r"include/.*", r"{own}/.*"]),
     (r"bindings/.*", "any", [r"include/.*", r"{own}/.*"]),
     (r"examples/.*", "any", [r"include/.*", r"bindings/cpp/KOVASMgr\.hpp", r"{own}/.*"]),

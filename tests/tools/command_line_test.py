@@ -8,7 +8,8 @@ import unittest
 
 from kit import BUILD, KOVASCTL, ROOT, KovasctlTest
 
-COMMANDS = ("list", "watch", "term", "send", "receive", "doctor", "adapter-info")
+COMMANDS = ("list", "watch", "term", "send", "receive", "doctor", "adapter-info", "stats",
+            "sim")
 RECORDING = BUILD / "tests/tools/adapters/recording"
 
 

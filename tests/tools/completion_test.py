@@ -56,6 +56,10 @@ class Completion(KovasctlTest):
                          self.complete("--adapter", "virtual", "send", "bench"))
         self.assertEqual({"sensor-0"}, self.complete("receive", "--adapter", "virtual", "s"))
 
+    def test_offers_scenarios_and_files(self):
+        self.assertEqual({"modem"}, self.complete("sim", "mod"))
+        self.assertEqual({"devices.toml"}, self.complete("sim", "--check", "modem", "dev"))
+
     def test_offers_values(self):
         self.assertEqual({"cr", "lf", "crlf"}, self.complete("send", "x", "--eol", ""))
         self.assertEqual({"virtual"}, self.complete("--adapter", "v"))

@@ -87,7 +87,8 @@ class KovasctlTest(unittest.TestCase):
     def start(self, *arguments, adapter="virtual", **options):
         options = {"cwd": self.directory, "env": self.environment, "stdin": subprocess.DEVNULL,
                    "stdout": subprocess.PIPE, "stderr": subprocess.PIPE, "text": True, **options}
-        command = [str(a) for a in (KOVASCTL, "--adapter", adapter, *arguments)]
+        chosen = ["--adapter", adapter] if adapter else []
+        command = [str(a) for a in (KOVASCTL, *chosen, *arguments)]
         process = subprocess.Popen(command, **options)  # pylint: disable=consider-using-with
         self.addCleanup(self.end, process)
         return process

@@ -10,6 +10,7 @@
 #include <system_error>
 
 #include "tools/kovasctl/failure.h"
+#include "tools/kovasctl/program_place.h"
 
 namespace {
 
@@ -18,28 +19,16 @@ namespace fs = std::filesystem;
 constexpr const char* kPlatformsAdapter = "linux";
 
 // Variables that name a file, and may do so from where the person stands.
-constexpr const char* kFileVariables[] = {"KOVASMGR_VIRTUAL_SCENARIO"};
+constexpr const char* kFileVariables[] = {"KOVASMGR_VIRTUAL_SCENARIO", "KOVASMGR_SPY_RECORD",
+                                          "KOVASMGR_SPY_PCAP"};
 
 bool IsDirectory(const fs::path& path) {
     std::error_code error;
     return fs::is_directory(path, error);
 }
 
-fs::path ProgramDirectory() {
-    std::error_code error;
-    return fs::read_symlink("/proc/self/exe", error).parent_path();
-}
-
-fs::path BuildTree() {
-    const fs::path tree = ProgramDirectory().parent_path();
-    std::error_code error;
-    return fs::exists(tree / "CMakeCache.txt", error) ? tree : fs::path();
-}
-
-// By the program's own place, so that an installed tree may be moved as a whole.
 fs::path InstalledAdapters() {
-    const fs::path moved = (ProgramDirectory() / KOVASCTL_ADAPTERS_FROM_PROGRAM).lexically_normal();
-    return IsDirectory(moved) ? moved : fs::path(KOVASMGR_ADAPTER_DIR);
+    return InstalledDirectory(KOVASCTL_ADAPTERS_FROM_PROGRAM, KOVASMGR_ADAPTER_DIR);
 }
 
 fs::path NamedAdapter(const std::string& name) {
@@ -64,7 +53,7 @@ bool IsName(const std::string& choice) {
 
 // These are never looked for where a person stands.
 bool IsOneOfOurs(const std::string& choice) {
-    return choice == kPlatformsAdapter || choice == "virtual";
+    return choice == kPlatformsAdapter || choice == "virtual" || choice == "spy";
 }
 
 void KeepMeaningOf(const char* variable) {

@@ -37,5 +37,8 @@ Action SetUpSend(CLI::App& app);
 Action SetUpReceive(CLI::App& app);
 Action SetUpDoctor(CLI::App& app);
 Action SetUpAdapterInfo(CLI::App& app);
+Action SetUpCheckAdapter(CLI::App& app);
+Action SetUpStats(CLI::App& app);
+Action SetUpSim(CLI::App& app);
 
 #endif

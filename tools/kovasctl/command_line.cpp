@@ -3,6 +3,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
 #include <string>
 
 #include "KOVASMgr.h"
@@ -35,7 +36,8 @@ void AddGlobalOptions(CommandLine& line) {
                    "where KOVASMgr.log goes; default: a private directory, removed when nothing "
                    "went wrong")
         ->type_name("DIR");
-    app.add_flag("--json", line.options.json, "for programs: list, watch, doctor, adapter-info");
+    app.add_flag("--json", line.options.json,
+                 "for programs: list, watch, doctor, adapter-info, check-adapter, stats");
     app.footer("Examples:\n"
                "  kovasctl list\n"
                "  kovasctl --adapter virtual term virtual-modem-0\n"
@@ -51,6 +53,13 @@ void AddCommand(CommandLine& line, const Command& command) {
     line.actions.push_back(command.setUp(*app));
     app->footer(std::string(command.description) + (*command.description == '\0' ? "" : "\n") +
                 "Global options: kovasctl --help\n\nExamples:\n" + command.example);
+}
+
+std::vector<std::string> WordsBehindMark(int argc, char** argv) {
+    const std::vector<std::string> words(argv, argv + argc);
+    const auto mark = std::find(words.begin(), words.end(), "--");
+    return mark == words.end() ? std::vector<std::string>()
+                               : std::vector<std::string>(mark + 1, words.end());
 }
 
 [[noreturn]] void FailParsing(const CommandLine& line, const std::string& reason) {
@@ -95,6 +104,7 @@ int RunChosen(const CommandLine& line) {
 
 int RunCommandLine(int argc, char** argv) {
     CommandLine line;
+    line.options.behind = WordsBehindMark(argc, argv);
     AddGlobalOptions(line);
     for (const Command& command : Commands()) {
         AddCommand(line, command);

@@ -41,6 +41,32 @@ const std::vector<Command>& Commands() {
          "  kovasctl adapter-info virtual\n"
          "  kovasctl adapter-info build/release/adapters/mine",
          true, SetUpAdapterInfo},
+        {"check-adapter", "try an adapter library against the rules of OSAdapt.h",
+         "Tries each rule in a process of its own, and says what happens to a host when it is\n"
+         "broken. DIR is an adapter's directory or name. Ports are opened when they are named by\n"
+         "--port; rules on notices take --unplug and --plug. Exit status 1 when a rule is broken.",
+         "  kovasctl check-adapter build/release/adapters/mine\n"
+         "  kovasctl check-adapter virtual --port virtual-modem-0 \\\n"
+         "      --unplug 'kovasmgr-virtual --pid $KOVASMGR_HOST_PID pull virtual-modem' \\\n"
+         "      --plug 'kovasmgr-virtual --pid $KOVASMGR_HOST_PID plug virtual-modem'",
+         true, SetUpCheckAdapter},
+        {"stats", "show what a host does with its ports",
+         "For a host that runs with the spy adapter: bytes, calls, short writes, failures and the\n"
+         "longest call of each port, shown anew each second until the host ends.",
+         "  kovasctl stats\n"
+         "  kovasctl stats --once --json | jq '.ports[].bytes_in'",
+         true, SetUpStats},
+        {"sim", "run a host on simulated devices",
+         "Runs the host behind '--' on the devices of a scenario, passes signals on to it and "
+         "ends\n"
+         "with its exit status. Without a host it is one itself: it opens every port and shows "
+         "what\n"
+         "comes, goes and arrives, until the scenario ends.",
+         "  kovasctl sim --list\n"
+         "  kovasctl sim flaky-cable --speed 2\n"
+         "  kovasctl sim modem --stop --events events.jsonl -- ./my-host --verbose\n"
+         "  kovasctl sim --do pull modem",
+         true, SetUpSim},
     };
     return commands;
 }

@@ -23,6 +23,10 @@ _kovasctl_ports() {
     kovasctl "${adapter[@]}" list --names 2>/dev/null
 }
 
+_kovasctl_scenarios() {
+    kovasctl sim --list 2>/dev/null | cut -d ' ' -f 1
+}
+
 # Sets COMPREPLY to those of the words, one a line, that begin with what is typed.
 _kovasctl_offer() {
     local word
@@ -42,6 +46,13 @@ _kovasctl_options() {
         printf '%s\n' --count --idle-timeout --timeout --until --send --escapes --eol --line
         ;;
     doctor) echo --open ;;
+    check-adapter)
+        printf '%s\n' --port --stalled --unplug --plug --rule --timeout --write-bound --junit --list
+        ;;
+    stats) printf '%s\n' --pid --interval --once ;;
+    sim)
+        printf '%s\n' --seed --speed --events --recording --stop --check --list --do --pid --dir
+        ;;
     esac
     printf '%s\n' --adapter --log-dir --json --help
     [ -n "$1" ] || echo --version
@@ -51,7 +62,9 @@ _kovasctl_options() {
 _kovasctl_takes_value() {
     case $1 in
     --adapter | --log-dir | --count | --timeout | --line | --log | --eol | --escape | --file) ;;
-    --idle-timeout | --until | --send) ;;
+    --idle-timeout | --until | --send | --interval) ;;
+    --seed | --speed | --events | --recording | --do | --pid | --dir) ;;
+    --port | --stalled | --unplug | --plug | --rule | --write-bound | --junit) ;;
     --hex) [ "$2" = send ] ;;
     *) return 1 ;;
     esac
@@ -73,25 +86,27 @@ _kovasctl() {
     if _kovasctl_takes_value "$previous" "$command"; then
         case $previous in
         --adapter)
-            _kovasctl_offer < <(printf '%s\n' linux virtual; compgen -d -- "$current")
+            _kovasctl_offer < <(printf '%s\n' linux virtual spy; compgen -d -- "$current")
             ;;
-        --log-dir) _kovasctl_offer < <(compgen -d -- "$current") ;;
-        --file | --log) _kovasctl_offer < <(compgen -f -- "$current") ;;
+        --log-dir | --dir) _kovasctl_offer < <(compgen -d -- "$current") ;;
+        --file | --log | --events | --recording | --junit) _kovasctl_offer < <(compgen -f -- "$current") ;;
         --eol) _kovasctl_offer < <(printf '%s\n' cr lf crlf) ;;
         *) COMPREPLY=() ;;
         esac
     elif [[ $current == -* ]]; then
         _kovasctl_offer < <(_kovasctl_options "$command")
     elif [ -z "$command" ]; then
-        _kovasctl_offer < <(printf '%s\n' list watch term send receive doctor adapter-info)
-    elif [ "$operands" -gt 0 ]; then
+        _kovasctl_offer < <(printf '%s\n' list watch term send receive doctor \
+            adapter-info check-adapter stats sim)
+    elif [ "$operands" -gt 0 ] && [ "$command" != sim ]; then
         COMPREPLY=()
     else
         case $command in
         term | send | receive | doctor) _kovasctl_offer < <(_kovasctl_ports) ;;
-        adapter-info)
-            _kovasctl_offer < <(printf '%s\n' linux virtual; compgen -d -- "$current")
+        adapter-info | check-adapter)
+            _kovasctl_offer < <(printf '%s\n' linux virtual spy; compgen -d -- "$current")
             ;;
+        sim) _kovasctl_offer < <(_kovasctl_scenarios; compgen -f -- "$current") ;;
         *) COMPREPLY=() ;;
         esac
     fi

@@ -81,7 +81,7 @@ std::string PermissionText(const std::string& node) {
     }
     const User user = ThisUser();
     if (IsInGroupFromNextSession(user, info.st_gid)) {
-        return "permission denied: this session began before '" + Printable(user.name) +
+        return "permission denied: this login began before '" + Printable(user.name) +
                "' joined group '" + group + "'; log in again";
     }
     return Join(node, group, user);

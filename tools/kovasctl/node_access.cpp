@@ -87,7 +87,7 @@ void DescribeRefusal(const std::string& node, const struct stat& info, Findings&
         findings.Problem(node, refusal + "something else forbids it: a container or an access list",
                          "getfacl " + node);
     } else if (IsInGroupFromNextSession(info.st_gid)) {
-        findings.Problem(node, refusal + "this session began before you joined the group",
+        findings.Problem(node, refusal + "this login began before you joined the group",
                          "log in again, or: newgrp " + group);
     } else {
         findings.Problem(node, refusal + "you are not in the group",

@@ -62,7 +62,7 @@ struct Scenario {
     std::vector<Event> events;
 };
 
-// What the seed and the speed may be.
+// What seed and speed may be.
 constexpr uint64_t kMaxScenarioSeed = INT64_MAX;
 constexpr double kMinScenarioSpeed = 0.001;
 constexpr double kMaxScenarioSpeed = 1000;

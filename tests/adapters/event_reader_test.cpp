@@ -216,6 +216,12 @@ TEST(EventTrigger, OnACall) {
     EXPECT_EQ(seconds(1), event.after);
     EXPECT_EQ(1U, ReadEvent("on 1st open pull d", kOwn).trigger.nth);
     EXPECT_EQ(2U, ReadEvent("on 2nd open pull d", kOwn).trigger.nth);
+    for (const char* const nth : {"1st", "3rd", "4th", "11th", "12th", "13th", "21st", "111th"}) {
+        EXPECT_NE(0U, ReadEvent("on " + std::string(nth) + " open pull d", kOwn).trigger.nth);
+    }
+    for (const char* const nth : {"1th", "2th", "3th", "4st", "11st", "12nd", "13rd", "21th"}) {
+        EXPECT_NE("", EventMistake("on " + std::string(nth) + " open pull d")) << nth;
+    }
     EXPECT_EQ(112U, ReadEvent("on 112th open pull d", kOwn).trigger.nth);
 }
 
@@ -228,7 +234,7 @@ TEST(EventTrigger, AMistakeIsNamed) {
               EventMistake("every 99us pull d"));
     EXPECT_EQ("'0s' after 'every': expected a time from 100us to 1000000s",
               EventMistake("every 0s pull d"));
-    EXPECT_EQ("'1s' after 'until': expected a time from 2000000us to 1000000s",
+    EXPECT_EQ("'1s' after 'until': expected a time from 2s to 1000000s",
               EventMistake("every 1s from 2s until 1s pull d"));
     const std::string on =
         "expected a text in double quotes, a number such as 2nd, or open, close, "

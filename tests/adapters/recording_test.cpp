@@ -83,6 +83,13 @@ std::vector<std::string> EventsOf(const Scenario& scenario) {
 
 } // namespace
 
+TEST(Recording, EndsASecondAfterItsLastCall) {
+    const ScenarioResult result = ReadLines(Enumerate(1000, kOne) + Open(2000, "p") +
+                                            Transfer(501000, "read", "p", "QQ==", 1));
+    ASSERT_EQ("", result.error);
+    EXPECT_EQ(microseconds(1500000), result.scenario.end);
+}
+
 TEST(Base64, GivesAllBytes) {
     EXPECT_EQ("", DecodeBase64(""));
     EXPECT_EQ("f", DecodeBase64("Zg=="));

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cctype>
 
+#include "adapters/virtual/language/event_values.h"
 #include "adapters/virtual/language/event_words.h"
 
 namespace {
@@ -50,14 +51,6 @@ std::string NameText(const std::string& name) {
         return std::isgraph(static_cast<unsigned char>(character)) != 0 && character != '"';
     });
     return isPlain ? name : QuoteBytes(name);
-}
-
-std::string TimeText(ScenarioTime time) {
-    const auto count = time.count();
-    if (count % 1000000 == 0) {
-        return std::to_string(count / 1000000) + "s";
-    }
-    return count % 1000 == 0 ? std::to_string(count / 1000) + "ms" : std::to_string(count) + "us";
 }
 
 std::string CallText(const Action& action) {

@@ -35,6 +35,12 @@ std::optional<int64_t> ReadMillionths(const std::string& number) {
     return std::stoll(whole) * kParts + std::stoll(decimals);
 }
 
+// 11th, 12th and 13th go their own way.
+std::string OrdinalEnding(size_t number) {
+    const size_t last = number % 100 / 10 == 1 ? 0 : number % 10;
+    return last == 1 ? "st" : last == 2 ? "nd" : last == 3 ? "rd" : "th";
+}
+
 } // namespace
 
 std::optional<ScenarioTime> ReadTime(const std::string& word) {
@@ -68,6 +74,13 @@ std::optional<size_t> ReadNth(const std::string& word) {
     }
     const std::string ending = word.substr(word.size() - 2);
     const auto number = ReadCount(word.substr(0, word.size() - 2));
-    const bool isOrdinal = ending == "st" || ending == "nd" || ending == "rd" || ending == "th";
-    return isOrdinal && number && *number > 0 ? number : std::nullopt;
+    return number && *number > 0 && ending == OrdinalEnding(*number) ? number : std::nullopt;
+}
+
+std::string TimeText(ScenarioTime time) {
+    const auto count = time.count();
+    if (count % 1000000 == 0) {
+        return std::to_string(count / 1000000) + "s";
+    }
+    return count % 1000 == 0 ? std::to_string(count / 1000) + "ms" : std::to_string(count) + "us";
 }

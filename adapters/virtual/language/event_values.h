@@ -21,4 +21,7 @@ std::optional<size_t> ReadCount(const std::string& word);
 /// "1st", "2nd", "3rd", "4th" ...; never 0.
 std::optional<size_t> ReadNth(const std::string& word);
 
+/// A time as a sentence has it.
+std::string TimeText(ScenarioTime time);
+
 #endif

@@ -82,8 +82,7 @@ ScenarioTime Sentence::NeedTime(ScenarioTime least, ScenarioTime most) {
         Expected("a time such as 2s, 50ms or 1.5s");
     }
     if (*time < least || *time > most) {
-        Expected("a time from " + std::to_string(least.count()) + "us to " +
-                 std::to_string(most.count() / 1000000) + "s");
+        Expected("a time from " + TimeText(least) + " to " + TimeText(most));
     }
     ++m_At;
     return *time;

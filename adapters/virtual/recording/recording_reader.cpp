@@ -2,6 +2,7 @@
 #include "adapters/virtual/recording/recording_reader.h"
 
 #include <algorithm>
+#include <chrono>
 #include <optional>
 #include <stdexcept>
 #include <string_view>
@@ -17,6 +18,9 @@ namespace {
 
 // Each port that is left out is named up to here.
 constexpr size_t kMaxNotes = 16;
+
+// A host may be slower than the recorded one.
+constexpr std::chrono::seconds kAfterLastCall{1};
 
 class Reader {
   public:
@@ -65,6 +69,7 @@ class Reader {
         if (!m_Start) {
             m_Start = call.start;
         }
+        m_Length = std::max(m_Length, call.start - *m_Start);
         m_Ports.See(call);
         if (call.call == "enumerate" && call.succeeded) {
             m_Devices.See(call.devices, std::max(call.start - *m_Start, ScenarioTime(0)), m_Line);
@@ -75,6 +80,7 @@ class Reader {
         m_Line = 1;
         Recording recording;
         recording.scenario.description = "a recording";
+        recording.scenario.end = m_Length + kAfterLastCall;
         recording.scenario.devices = m_Devices.TakeDevices();
         recording.scenario.events = m_Devices.TakeEvents();
         if (recording.scenario.devices.empty()) {
@@ -118,6 +124,7 @@ class Reader {
     const std::string& m_FileName;
     size_t m_Line = 0;
     std::optional<ScenarioTime> m_Start;
+    ScenarioTime m_Length{0};
     RecordedDevices m_Devices;
     RecordedPorts m_Ports;
     ScenarioNames m_Names;

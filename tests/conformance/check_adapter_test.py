@@ -50,6 +50,13 @@ class Rules(ConformanceTest):
                 self.assertEqual(chosen, list(self.verdicts("--list", *given)))
 
 
+class Options(ConformanceTest):
+    def test_may_stand_before_the_directory(self):
+        for options in (("--rule", "R9b"), ("--port", "anchor-0", "--rule=R9b")):
+            with self.subTest(options=options):
+                self.assertEqual(["R9b"], list(self.verdicts(*options, GOOD)))
+
+
 class GoodAdapter(ConformanceTest):
     def test_passes_every_rule(self):
         verdicts = self.verdicts(GOOD, *PORTS, "--stalled", "anchor-full", *self.commands(),

@@ -127,14 +127,12 @@ void AddPortOptions(CLI::App& app, Options& options) {
     app.add_option("--port", options.kit.ports,
                    "a port that may be opened, and written a line end to; may be repeated")
         ->type_name("NAME")
-        ->expected(1)
-        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+        ->allow_extra_args(false);
     app.add_option("--stalled", options.kit.stalledPorts,
                    "a port whose far end does not read, for the rules on waiting writes; it is "
                    "written to until it is full; may be repeated")
         ->type_name("NAME")
-        ->expected(1)
-        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+        ->allow_extra_args(false);
 }
 
 void AddCommandOptions(CLI::App& app, Options& options) {
@@ -150,8 +148,7 @@ void AddReportOptions(CLI::App& app, Options& options) {
     app.add_option("--rule", options.rules, "only these rules: R9b, or R9 for all of that number")
         ->type_name("N[,N...]")
         ->delimiter(',')
-        ->expected(1)
-        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+        ->allow_extra_args(false);
     AddSeconds(app, "--timeout", options.timeout, "how long one rule may take; default 20");
     AddSeconds(app, "--write-bound", options.writeBound,
                "within what time the adapter promises to end a write; default 1");

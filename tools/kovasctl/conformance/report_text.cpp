@@ -59,8 +59,8 @@ std::string ResultAsText(const Result& result) {
 }
 
 std::string SummaryAsText(const Results& results) {
-    return std::to_string(results.size()) +
-           " rules: " + std::to_string(CountOf(results, Verdict::Pass)) + " pass, " +
+    return std::to_string(results.size()) + (results.size() == 1 ? " rule: " : " rules: ") +
+           std::to_string(CountOf(results, Verdict::Pass)) + " pass, " +
            std::to_string(CountOf(results, Verdict::Fail)) + " fail, " +
            std::to_string(CountOf(results, Verdict::NotApplicable)) + " not applicable\n";
 }

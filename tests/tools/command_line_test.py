@@ -47,7 +47,7 @@ class CommandLine(KovasctlTest):
                 (["term"], "PORT is required"), (["--adapter"], "--adapter"),
                 (["term", "x", "--json"], "--json has no meaning for term"),
                 (["receive", "x", "--json"], "--json has no meaning for receive"),
-                (["--log-dir", "nowhere", "list"], "nowhere is no directory")):
+                (["--log-dir", "devices.toml", "list"], "devices.toml is no directory")):
             with self.subTest(arguments=arguments):
                 result = self.expect(2, self.run_tool(*arguments), f"{reason}")
                 self.assertTrue(result.stderr.startswith("kovasctl: "), result.stderr)

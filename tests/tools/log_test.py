@@ -2,6 +2,7 @@
 """Where the log goes, and when it stays."""
 
 import os
+import stat
 import subprocess
 import unittest
 
@@ -52,6 +53,11 @@ class Log(KovasctlTest):
         text = (self.directory / "logs/KOVASMgr.log").read_text(encoding="utf-8")
         self.assertIn("LEAVE CKOVASMgrPort::Release()", text)
         self.assertFalse(self.state.exists())
+
+    def test_goes_to_a_directory_that_is_made_for_it(self):
+        self.succeed("list", "--log-dir", "new")
+        self.assertTrue((self.directory / "new/KOVASMgr.log").exists())
+        self.assertEqual(0o700, stat.S_IMODE((self.directory / "new").stat().st_mode))
 
     def test_cannot_go_where_nothing_can_be_written(self):
         self.expect(2, self.run_tool("list", "--log-dir", "/proc"), "--log-dir: /proc/KOVASMgr.log: ")

@@ -1,6 +1,7 @@
 # SPDX-License-Identifier: MIT
 """kovasctl sim."""
 
+import fcntl
 import json
 import os
 import re
@@ -64,6 +65,10 @@ class SimTest(KovasctlTest):
     def host(self, *arguments):
         return ["--", sys.executable, self.directory / "host.py", *(arguments or ["end"])]
 
+    def need_spy(self):
+        if not (BUILD / "adapters/spy/libOSAdapt.so").exists():
+            self.skipTest("built without the spy")
+
     def facts(self, output):
         return dict(line.split(" ", 1) for line in output.splitlines() if " " in line)
 
@@ -109,9 +114,12 @@ class Checks(SimTest):
         self.write(name="bad.toml", text=SCENARIO.replace("pull sensor", "pull sensr"))
         self.expect(1, self.sim("--check", "bad.toml"), "sensr")
 
-    def test_what_is_not_there_is_wrong_use(self):
-        self.expect(2, self.sim("--check", "nonsense"), "there is no scenario 'nonsense'")
-        self.expect(2, self.sim("--check", "./nonsense"), "there is no such file")
+    def test_what_is_not_there_and_the_others(self):
+        self.expect(1, self.sim("--check", "nonsense"), "there is no scenario 'nonsense'")
+        result = self.expect(1, self.sim("--check", "./nonsense", "mine.toml"), "there is no such file")
+        self.assertEqual("mine.toml: good\n", result.stdout)
+
+    def test_something(self):
         self.expect(2, self.sim("--check"), "--check needs scenarios")
 
     def test_before_a_host_is_run(self):
@@ -122,8 +130,8 @@ class Checks(SimTest):
 
 class RunsAHost(SimTest):
     def test_with_the_variables_set(self):
-        result = self.expect(0, self.sim("mine.toml", "--seed", "7", "--speed", "2.5", "--events",
-                                         "e.jsonl", *self.host()))
+        result = self.sim("mine.toml", "--seed", "7", "--speed", "2.5", "--events", "e.jsonl",
+                          *self.host())
         facts = self.facts(result.stdout)
         variables = dict(re.findall(r"'(\w+)': '([^']*)'", facts["variables"]))
         place = variables.pop("KOVASMGR_VIRTUAL_DIR")
@@ -178,6 +186,11 @@ class RunsAHost(SimTest):
         self.assertEqual(str(self.directory / "here"), facts["directory"])
         self.assertEqual(["KOVASMgr.log"], os.listdir(self.directory / "here"))
 
+    def test_in_one_that_is_made_for_it(self):
+        self.expect(0, self.sim("mine.toml", "--log-dir", "new/here/", *self.host()))
+        self.assertEqual(["KOVASMgr.log"], os.listdir(self.directory / "new/here"))
+        self.assertEqual(0o700, stat.S_IMODE((self.directory / "new/here").stat().st_mode))
+
     def test_that_is_named_from_where_the_person_stands(self):
         program = self.directory / "program"
         program.write_text("#!/bin/sh\necho here\n", encoding="utf-8")
@@ -209,8 +222,13 @@ class RunsAHost(SimTest):
         # The tool itself is a host that runs until it is told to end.
         watch = [KOVASCTL, "--adapter", ".", "watch", "--initial"]
         result = self.sim("mine.toml", "--speed", "2", "--stop", "--", *watch)
-        self.expect(128 + signal.SIGTERM, result, "what the host left")
+        self.expect(0, result)
         self.assertEqual(4, len(result.stdout.splitlines()), result.stdout)
+
+    def test_that_is_ended_so_though_it_has_no_handler(self):
+        command = f"'{KOVASCTL}' --adapter . watch --timeout 2 & exec sleep 60"
+        result = self.sim("mine.toml", "--speed", "5", "--stop", "--", "sh", "-c", command)
+        self.expect(0, result)
 
     def test_and_makes_it_end_that_does_not_obey(self):
         command = f"trap '' TERM; exec '{KOVASCTL}' --adapter . watch"
@@ -218,13 +236,76 @@ class RunsAHost(SimTest):
         self.expect(128 + signal.SIGKILL, result, "what the host left")
 
     def test_on_a_recording_of_the_spy(self):
-        if not (BUILD / "adapters/spy/libOSAdapt.so").exists():
-            self.skipTest("built without the spy")
+        self.need_spy()
+        self.environment["KOVASMGR_SPY_ADAPTER"] = "linux"  # is not meant for simulations
+        (self.directory / "calls.jsonl").write_text("stale\n", encoding="utf-8")
         listing = [KOVASCTL, "--adapter", ".", "list", "--names"]
         result = self.sim("mine.toml", "--recording", "calls.jsonl", "--", *listing)
         self.assertEqual("bench-0\nsensor-0\n", self.expect(0, result).stdout)
         result = self.sim("calls.jsonl", "--", *listing)
         self.assertEqual("bench-0\nsensor-0\n", self.expect(0, result).stdout)
+
+
+class IsNotReached(SimTest):
+    """Where nothing answers, it says so and ends."""
+
+    def test_by_a_path_that_is_too_long(self):
+        self.environment["KOVASMGR_VIRTUAL_DIR"] = str(self.directory / ("x" * 100))
+        for arguments in ([], ["--stop", "--", "sleep", "60"]):
+            self.expect(1, self.sim("mine.toml", *arguments), "the path is too long for a socket")
+
+    def test_in_time(self):
+        host = self.start("sim", "mine.toml", "--stop", "--", "sleep", "60", adapter=None)
+        (self.directory / "file").touch()
+        self.environment["KOVASMGR_VIRTUAL_DIR"] = str(self.directory / "file")
+        result = self.expect(1, self.sim("mine.toml"), "the simulation does not answer in ")
+        self.assertRegex(result.stderr, "(?m)^  reason: devices cannot be plugged and pulled: ")
+        self.assertIn("--stop has ended a host that does not use the devices", host.communicate()[1])
+        self.assertEqual(1, host.returncode)
+
+
+class LeavesFiles(SimTest):
+    def test_of_this_run_or_fails(self):
+        self.need_spy()
+        for option, what in (("--events", "no events in "), ("--recording", "no recording in ")):
+            file = self.directory / "out.jsonl"
+            file.write_text("stale\n", encoding="utf-8")
+            self.expect(1, self.sim("mine.toml", option, "out.jsonl", *self.host()), what)
+            self.assertEqual("", file.read_text(encoding="utf-8"))
+            file.unlink()
+
+    def test_or_has_failed_already(self):
+        result = self.sim("mine.toml", "--events", "e.jsonl", "--", "sh", "-c", "exit 7")
+        self.expect(7, result, "no events in ")
+
+    def test_of_a_host_that_was_stopped_in_order(self):
+        watch = [KOVASCTL, "--adapter", ".", "watch"]
+        result = self.sim("mine.toml", "--speed", "5", "--stop", "--events", "e.jsonl", "--", *watch)
+        self.expect(0, result)
+        self.assertIn("plug sensor", (self.directory / "e.jsonl").read_text(encoding="utf-8"))
+
+    def test_only_where_they_can_be(self):
+        for option in ("--events", "--recording"):
+            for place, reason in (("nowhere/e", "No such file or directory"), (".", "s a directory"),
+                                  ("/dev/null", "it is not a regular file"),
+                                  ("mine.toml", "it is the scenario")):
+                with self.subTest(option=option, place=place):
+                    result = self.expect(2, self.sim("mine.toml", option, place, *self.host()), reason)
+                    self.assertEqual("", result.stdout)
+        self.assertEqual(SCENARIO.replace("{end}", "1s"),
+                         (self.directory / "mine.toml").read_text(encoding="utf-8"))
+
+    def test_each_in_one_of_its_own(self):
+        self.expect(2, self.sim("mine.toml", "--events", "e", "--recording", "./e"), "the events go there")
+
+    def test_but_never_over_another_hosts_recording(self):
+        file = self.directory / "calls.jsonl"
+        with file.open("w", encoding="utf-8") as held:
+            held.write("its calls\n")
+            held.flush()
+            fcntl.flock(held, fcntl.LOCK_EX)
+            self.expect(2, self.sim("mine.toml", "--recording", "calls.jsonl"), "another host writes")
+        self.assertEqual("its calls\n", file.read_text(encoding="utf-8"))
 
 
 class IsAHost(SimTest):
@@ -242,10 +323,10 @@ class IsAHost(SimTest):
     def test_that_an_interrupt_ends_in_order(self):
         self.write(end="1000s")
         process = self.start_sim("mine.toml", "--events", "e.jsonl")
-        process.stdout.readline()
+        wait_until(lambda: "opened" in process.stdout.readline(), "an open port")
         process.send_signal(signal.SIGINT)
         self.assertEqual(128 + signal.SIGINT, process.wait(60), process.stderr.read())
-        self.assertTrue((self.directory / "e.jsonl").exists())
+        self.assertIn("open", (self.directory / "e.jsonl").read_text(encoding="utf-8"))
         self.assertEqual([], os.listdir(self.directory / "kovasmgr"))
 
     def test_that_tries_again_to_open(self):
@@ -297,7 +378,9 @@ class IsDriven(SimTest):
         self.expect(2, self.do('send "never closed'), "a quote is not closed")
 
     def test_unless_there_is_none(self):
-        self.expect(2, self.sim("--do", "status", "--dir", "/nonsense"), "No such file")
+        result = self.expect(2, self.sim("--do", "status", "--dir", "/nonsense"), "No such file")
+        self.assertRegex(result.stderr, "^kovasctl: /nonsense/")
+        self.expect(2, self.sim("--do", ""), "kovasctl: --do needs a COMMAND")
 
 
 class Refuses(SimTest):
@@ -310,6 +393,8 @@ class Refuses(SimTest):
                 (["mine.toml", "--seed", "-1"], "'-1' is no number"),
                 (["mine.toml", "--seed", "9223372036854775808"], "is no number"),
                 (["mine.toml", "--stop"], "--stop needs a host"),
+                (["--adapter", "linux", "mine.toml"], "sim takes --adapter virtual or --adapter spy"),
+                (["--adapter", VIRTUAL, "mine.toml", "--", "true"], "never real ports"),
                 (["--adapter", "virtual", "mine.toml", "--recording", "x"], "--recording takes")):
             with self.subTest(arguments=arguments):
                 self.expect(2, self.sim(*arguments), reason)

@@ -33,8 +33,8 @@ void AddGlobalOptions(CommandLine& line) {
                    "linux, virtual or a directory; default: the installed adapter")
         ->type_name("NAME|DIR");
     app.add_option("--log-dir", line.options.logDirectory,
-                   "where KOVASMgr.log goes; default: a private directory, removed when nothing "
-                   "went wrong")
+                   "where KOVASMgr.log goes, made if needed; default: a private directory, removed "
+                   "when nothing went wrong")
         ->type_name("DIR");
     app.add_flag("--json", line.options.json,
                  "for programs: list, watch, doctor, adapter-info, check-adapter, stats");

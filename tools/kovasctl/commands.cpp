@@ -59,9 +59,11 @@ const std::vector<Command>& Commands() {
         {"sim", "run a host on simulated devices",
          "Runs the host behind '--' on the devices of a scenario, passes signals on to it and "
          "ends\n"
-         "with its exit status. Without a host it is one itself: it opens every port and shows "
-         "what\n"
-         "comes, goes and arrives, until the scenario ends.",
+         "with its exit status; 1 when it was to leave events or a recording and has not. Without "
+         "a\n"
+         "host it is one itself: it opens every port and shows what comes, goes and arrives, "
+         "until\n"
+         "the scenario ends.",
          "  kovasctl sim --list\n"
          "  kovasctl sim flaky-cable --speed 2\n"
          "  kovasctl sim modem --stop --events events.jsonl -- ./my-host --verbose\n"

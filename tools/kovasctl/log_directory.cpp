@@ -28,6 +28,18 @@ uint64_t SizeOf(const std::string& file) {
     return error ? 0 : size;
 }
 
+// Those above it as usual, itself for the owner alone.
+std::string MakeDirectory(const std::string& given) {
+    const fs::path normal = fs::absolute(given).lexically_normal();
+    const fs::path path = normal.has_filename() ? normal : normal.parent_path();
+    std::error_code error;
+    fs::create_directories(path.parent_path(), error);
+    if (mkdir(path.c_str(), S_IRWXU) != 0 && errno != EEXIST) {
+        throw WrongUse("--log-dir: " + path.string() + ": " + std::strerror(errno));
+    }
+    return path.string();
+}
+
 std::string Reason(const std::string& line) {
     const size_t tag = line.find(kReasonTag);
     return tag == std::string::npos ? "" : line.substr(tag + std::strlen(kReasonTag));
@@ -36,9 +48,8 @@ std::string Reason(const std::string& line) {
 } // namespace
 
 LogDirectory::LogDirectory(const std::string& given)
-    : m_Path(given.empty() ? MakeStateDirectory()
-                           : fs::absolute(given).lexically_normal().string()),
-      m_IsKept(!given.empty()), m_Start(Mark()) {
+    : m_Path(given.empty() ? MakeStateDirectory() : MakeDirectory(given)), m_IsKept(!given.empty()),
+      m_Start(Mark()) {
     if (!fs::is_directory(m_Path)) {
         throw WrongUse("--log-dir: " + m_Path + " is no directory");
     }

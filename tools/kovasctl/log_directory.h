@@ -9,8 +9,8 @@
 /// below the user's state directory, which is removed unless it is worth keeping.
 class LogDirectory {
   public:
-    /// @param given  empty: a private directory
-    /// @throws WrongUse when the given one is no directory; Failure when none can be made
+    /// @param given  empty: a private directory; one that is not there is made, for its owner alone
+    /// @throws WrongUse when the given one cannot be made or is no directory; Failure when none can be made
     explicit LogDirectory(const std::string& given);
     ~LogDirectory();
     LogDirectory(const LogDirectory&) = delete;

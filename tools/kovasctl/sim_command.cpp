@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
 #include <memory>
 
 #include "tools/kovasctl/command.h"
@@ -8,9 +9,10 @@
 #include "tools/kovasctl/sim/check.h"
 #include "tools/kovasctl/sim/do.h"
 #include "tools/kovasctl/sim/host.h"
+#include "tools/kovasctl/sim/outputs.h"
 #include "tools/kovasctl/sim/program.h"
+#include "tools/kovasctl/sim/progress.h"
 #include "tools/kovasctl/sim/scenarios.h"
-#include "tools/kovasctl/sim/status.h"
 #include "tools/kovasctl/sim/surroundings.h"
 #include "tools/kovasctl/sim/workplace.h"
 #include "tools/kovasctl/streams.h"
@@ -19,6 +21,9 @@ namespace {
 
 constexpr const char* kSimulator = "virtual";
 constexpr const char* kSpy = "spy";
+
+// From a host's start to its first use of the devices.
+constexpr double kPatienceInSeconds = 10;
 
 struct Options {
     SimSettings settings;
@@ -38,12 +43,22 @@ int List(const GlobalOptions& global) {
     return kDone;
 }
 
-int Check(const Options& options) {
-    std::vector<std::string> files{FindScenario(options.scenario)};
-    for (const std::string& choice : options.rest) {
-        files.push_back(FindScenario(choice));
+int CheckOne(const ScenarioChecker& checker, const std::string& choice) {
+    try {
+        return CheckScenario(checker, FindScenario(choice));
+    } catch (const WrongUse& reason) {
+        Message(reason.what());
+        return kFailed;
     }
-    return CheckScenarios(ScenarioChecker(FindAdapter(kSimulator).file), files);
+}
+
+int Check(const Options& options) {
+    const ScenarioChecker checker(FindAdapter(kSimulator).file);
+    int status = CheckOne(checker, options.scenario);
+    for (const std::string& choice : options.rest) {
+        status = std::max(status, CheckOne(checker, choice));
+    }
+    return status;
 }
 
 int Do(const Options& options) {
@@ -53,22 +68,31 @@ int Do(const Options& options) {
     } else if (!options.directory.empty()) {
         place = {"--dir", options.directory};
     }
-    DoInSimulation(place, options.sentence);
+    return DoInSimulation(place, options.sentence);
 }
 
-bool HasEnded(const SimControl& control) {
-    const std::optional<SimStatus> status = AskSimulation(control.Path());
-    return status && status->hasEnded;
+bool HasEnded(SimProgress& progress) {
+    const std::optional<SimStatus> status = progress.Ask();
+    return progress.IsOutOfReach() || (status && status->hasEnded);
 }
 
-int RunHost(const GlobalOptions& global, bool stop) {
-    const SimControl control;
-    std::function<bool()> isOver;
-    if (stop) {
-        isOver = [&] { return HasEnded(control); };
+int RunUntilStopped(const GlobalOptions& global, const std::string& control,
+                    const std::string& directory) {
+    SimProgress progress(control, kPatienceInSeconds);
+    const int status = RunProgram(global.behind, directory, [&] { return HasEnded(progress); });
+    if (!progress.IsOutOfReach()) {
+        return status;
     }
+    Message(progress.Trouble() + ": --stop has ended a host that does not use the devices");
+    return kFailed;
+}
+
+int RunHost(const GlobalOptions& global, const SimOutputs& outputs, bool stop) {
+    const SimControl control;
     SimWorkplace workplace(global.logDirectory, FindAdapter(global.adapter));
-    const int status = RunProgram(global.behind, workplace.Path(), isOver);
+    const int status =
+        outputs.Look(stop ? RunUntilStopped(global, control.Path(), workplace.Path())
+                          : RunProgram(global.behind, workplace.Path(), std::function<bool()>()));
     workplace.Look(status);
     return status;
 }
@@ -85,16 +109,17 @@ int Simulate(GlobalOptions global, const Options& options) {
     SimSettings settings = options.settings;
     settings.scenario = FindScenario(options.scenario);
     RefuseMistakes(simulator, settings.scenario);
+    const SimOutputs outputs(settings);
     SetVariables(settings, simulator.directory);
     RaiseDescriptorLimit();
     if (global.adapter.empty()) {
         global.adapter = settings.recording.empty() ? kSimulator : kSpy;
     }
     if (!global.behind.empty()) {
-        return RunHost(global, options.stop);
+        return RunHost(global, outputs, options.stop);
     }
     const SimControl control;
-    return RunSimHost(global, control.Path());
+    return outputs.Look(RunSimHost(global, control.Path()));
 }
 
 // The host's words are those behind the mark, untouched: CLI11 takes brackets for lists.
@@ -117,6 +142,9 @@ void RefuseNonsense(const GlobalOptions& global, const Options& options) {
     }
     if (options.stop && global.behind.empty()) {
         throw WrongUse("--stop needs a host behind '--'");
+    }
+    if (!global.adapter.empty() && global.adapter != kSimulator && global.adapter != kSpy) {
+        throw WrongUse("sim takes --adapter virtual or --adapter spy, never real ports");
     }
     if (!options.settings.recording.empty() && !global.adapter.empty()) {
         throw WrongUse("--recording takes the spy, so --adapter has no meaning with it");
@@ -165,7 +193,9 @@ void AddRunOptions(CLI::App& app, Options& options) {
         ->check(CheckSpeed);
     app.add_option("--events", options.settings.events, "write what happened to this file")
         ->type_name("FILE");
-    app.add_flag("--stop", options.stop, "end the host (SIGTERM) when the scenario has ended");
+    app.add_flag("--stop", options.stop,
+                 "end the host (SIGTERM, 0 when it dies of it) when the scenario has ended; a "
+                 "failure (1) when it has not used the devices 10 seconds after its start");
     app.add_option("--recording", options.settings.recording,
                    "have the spy record the host's calls in this file, to be played as a scenario")
         ->type_name("FILE");

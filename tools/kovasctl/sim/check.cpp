@@ -40,16 +40,12 @@ std::string ScenarioChecker::MistakeIn(const std::string& file) const {
     return result == OS_ADAPT_OK ? "" : reason;
 }
 
-int CheckScenarios(const ScenarioChecker& checker, const std::vector<std::string>& files) {
-    int status = kDone;
-    for (const std::string& file : files) {
-        const std::string mistake = checker.MistakeIn(file);
-        if (mistake.empty()) {
-            WriteData(Printable(file) + ": good\n");
-        } else {
-            WriteMessage(Printable(mistake) + "\n"); // as compilers do, for editors
-            status = kFailed;
-        }
+int CheckScenario(const ScenarioChecker& checker, const std::string& file) {
+    const std::string mistake = checker.MistakeIn(file);
+    if (mistake.empty()) {
+        WriteData(Printable(file) + ": good\n");
+        return kDone;
     }
-    return status;
+    WriteMessage(Printable(mistake) + "\n"); // as compilers do, for editors
+    return kFailed;
 }

@@ -3,7 +3,6 @@
 #define KOVASCTL_SIM_CHECK_H
 
 #include <string>
-#include <vector>
 
 #include "OSAdaptScenario.h"
 
@@ -27,8 +26,8 @@ class ScenarioChecker {
     OSADAPT_CHECK_SCENARIO m_Check;
 };
 
-/// Tells of each file whether it is good.
-/// @return the exit status: a failure when one has a mistake
-int CheckScenarios(const ScenarioChecker& checker, const std::vector<std::string>& files);
+/// Tells of a file whether it is good.
+/// @return the exit status: a failure when it has a mistake
+int CheckScenario(const ScenarioChecker& checker, const std::string& file);
 
 #endif

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "tools/kovasctl/sim/do.h"
 
-#include <signal.h>
+#include <fcntl.h>
+#include <sys/mman.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -12,6 +13,7 @@
 #include "tools/kovasctl/program_place.h"
 #include "tools/kovasctl/sim/program.h"
 #include "tools/kovasctl/streams.h"
+#include "tools/kovasctl/unique_fd.h"
 
 namespace {
 
@@ -55,21 +57,65 @@ std::vector<std::string> CommandLine(const std::string& program,
     std::vector<std::string> words{program};
     words.insert(words.end(), options.begin(), options.end());
     const auto said = sentence.size() == 1 ? Words(sentence.front()) : sentence;
+    if (said.empty()) {
+        throw WrongUse("--do needs a COMMAND");
+    }
     words.insert(words.end(), said.begin(), said.end());
     return words;
 }
 
+/// Standard error goes to memory, for as long as this lives.
+class KeptErrors {
+  public:
+    KeptErrors()
+        : m_Kept(memfd_create("errors", MFD_CLOEXEC)),
+          m_Before(fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, 0)) {
+        if (!m_Kept.IsOpen() || !m_Before.IsOpen()) {
+            throw Failure(std::string("errors cannot be kept: ") + std::strerror(errno));
+        }
+        dup2(m_Kept.Get(), STDERR_FILENO);
+    }
+    ~KeptErrors() { dup2(m_Before.Get(), STDERR_FILENO); }
+    KeptErrors(const KeptErrors&) = delete;
+    KeptErrors& operator=(const KeptErrors&) = delete;
+
+    std::string Text() const {
+        std::string text;
+        char buffer[1024];
+        ssize_t count = 0;
+        while ((count = pread(m_Kept.Get(), buffer, sizeof buffer,
+                              static_cast<off_t>(text.size()))) > 0) {
+            text.append(buffer, static_cast<size_t>(count));
+        }
+        return text;
+    }
+
+  private:
+    UniqueFd m_Kept;
+    UniqueFd m_Before;
+};
+
+int RunQuietly(const std::vector<std::string>& words, std::string& errors) {
+    const KeptErrors kept;
+    const int status = RunProgram(words, ".", std::function<bool()>());
+    errors = kept.Text();
+    return status;
+}
+
+std::string ByOurName(const std::string& errors) {
+    const std::string theirs = std::string(kProgram) + ": ";
+    const bool isNamed = errors.compare(0, theirs.size(), theirs) == 0;
+    return isNamed ? "kovasctl: " + errors.substr(theirs.size()) : errors;
+}
+
 } // namespace
 
-void DoInSimulation(const std::vector<std::string>& options,
-                    const std::vector<std::string>& sentence) {
+int DoInSimulation(const std::vector<std::string>& options,
+                   const std::vector<std::string>& sentence) {
     const std::string program = ProgramDirectory() + "/" + kProgram;
-    std::vector<std::string> words = CommandLine(program, options, sentence);
-    const std::vector<char*> pointers = ArgumentPointers(words);
-    signal(SIGPIPE, SIG_DFL);
-    if (DataDescriptor() >= 0) {
-        dup2(DataDescriptor(), STDOUT_FILENO);
-    }
-    execv(program.c_str(), pointers.data());
-    throw Failure(program + " cannot be started: " + std::strerror(errno));
+    const std::vector<std::string> words = CommandLine(program, options, sentence);
+    std::string errors;
+    const int status = RunQuietly(words, errors);
+    WriteMessage(ByOurName(errors));
+    return status;
 }

@@ -5,12 +5,13 @@
 #include <string>
 #include <vector>
 
-/// Gives a command to a running simulation, by the program kovasmgr-virtual beside this one, which
-/// takes this process over: what it says and its exit status are this command's.
+/// Gives a command to a running simulation, by the program kovasmgr-virtual beside this one. What it
+/// says is this command's; errors by this program's name.
 /// @param options   for it: where the simulation is
 /// @param sentence  a command's words, or all of them as one text
-/// @throws Failure when it is not there; WrongUse when a quote is not closed
-[[noreturn]] void DoInSimulation(const std::vector<std::string>& options,
-                                 const std::vector<std::string>& sentence);
+/// @return its exit status
+/// @throws Failure when it is not there; WrongUse when there are no words, or a quote is not closed
+int DoInSimulation(const std::vector<std::string>& options,
+                   const std::vector<std::string>& sentence);
 
 #endif

@@ -10,8 +10,8 @@
 #include "tools/kovasctl/notices.h"
 #include "tools/kovasctl/result_code.h"
 #include "tools/kovasctl/sim/arrivals.h"
+#include "tools/kovasctl/sim/progress.h"
 #include "tools/kovasctl/sim/screen.h"
-#include "tools/kovasctl/sim/status.h"
 #include "tools/kovasctl/streams.h"
 
 namespace {
@@ -19,13 +19,15 @@ namespace {
 constexpr std::chrono::milliseconds kStatusPeriod{100};
 constexpr std::chrono::milliseconds kRetryPeriod{250};
 
+constexpr double kPatienceInSeconds = 5;
+
 // What was sent last is on its way for a sweep or two of the read thread.
 constexpr double kAfterwardsInSeconds = 0.2;
 
 class SimHost {
   public:
     SimHost(const GlobalOptions& global, const std::string& control)
-        : m_Control(control), m_Library(global) {}
+        : m_Library(global), m_Progress(control, kPatienceInSeconds) {}
 
     int Run() {
         AskForStatus();
@@ -61,9 +63,11 @@ class SimHost {
     }
 
     void AskForStatus() {
-        if (const std::optional<SimStatus> status = AskSimulation(m_Control)) {
+        if (const std::optional<SimStatus> status = m_Progress.Ask()) {
             m_Screen.SetStatus(*status);
             m_HasEnded = status->hasEnded;
+        } else if (m_Progress.IsOutOfReach()) {
+            throw Failure(m_Progress.Trouble() + m_Library.Reason(0));
         }
     }
 
@@ -136,9 +140,9 @@ class SimHost {
         }
     }
 
-    std::string m_Control;
     SimArrivals m_Arrivals; // outlives the library, which calls it
     Library m_Library;
+    SimProgress m_Progress;
     Notices m_Notices;
     SimScreen m_Screen;
     Snapshot m_Last;

@@ -126,6 +126,11 @@ class Ending {
         }
     }
 
+    // An ordinary program has no handler, and has done as it was told.
+    int Judge(int status) const {
+        return m_KillAt && status == kSignalBase + SIGTERM ? kDone : status;
+    }
+
   private:
     pid_t m_Process;
     const std::function<bool()>& m_IsOver;
@@ -140,7 +145,7 @@ int WaitForEnd(pid_t process, SignalQueue& signals, Ending ending) {
         } else if (info->ssi_signo != SIGCHLD) {
             kill(process, IsFromTerminal(*info) ? 0 : static_cast<int>(info->ssi_signo));
         } else if (const std::optional<int> status = StatusOf(process)) {
-            return *status;
+            return ending.Judge(*status);
         }
     }
 }

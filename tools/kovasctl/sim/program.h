@@ -16,7 +16,8 @@ std::vector<char*> ArgumentPointers(std::vector<std::string>& words);
 ///                 stands; and its arguments
 /// @param isOver   asked ten times a second; once it is true, the program is told to end (SIGTERM),
 ///                 and made to after 20 seconds. Empty: it ends by itself
-/// @return its exit status; 128 and the signal's number when a signal has ended it
+/// @return its exit status; 128 and the signal's number when a signal has ended it, but 0 when that
+///         was SIGTERM because it was over
 /// @throws Failure when it cannot be started
 int RunProgram(const std::vector<std::string>& command, const std::string& directory,
                const std::function<bool()>& isOver);

@@ -14,6 +14,7 @@
 namespace {
 
 constexpr const char* kQuestion = "status\n";
+constexpr const char* kSocket = "/control";
 
 // Both for sending and for receiving.
 void SetPatience(const UniqueFd& connection) {
@@ -25,9 +26,6 @@ void SetPatience(const UniqueFd& connection) {
 UniqueFd Connect(const std::string& path) {
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
-    if (path.size() >= sizeof address.sun_path) {
-        return UniqueFd();
-    }
     std::memcpy(address.sun_path, path.c_str(), path.size() + 1);
     UniqueFd connection(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
     SetPatience(connection);
@@ -77,8 +75,12 @@ std::optional<SimStatus> Understand(const std::string& reply) {
 
 } // namespace
 
+bool CanBeAsked(const std::string& directory) {
+    return (directory + kSocket).size() < sizeof(sockaddr_un::sun_path);
+}
+
 std::optional<SimStatus> AskSimulation(const std::string& directory) {
-    const UniqueFd connection = Connect(directory + "/control");
+    const UniqueFd connection = CanBeAsked(directory) ? Connect(directory + kSocket) : UniqueFd();
     if (!connection.IsOpen()) {
         return std::nullopt;
     }

@@ -13,6 +13,9 @@ struct SimStatus {
     bool hasEnded = false;
 };
 
+/// Whether a control directory's name is short enough for a socket in it.
+bool CanBeAsked(const std::string& directory);
+
 /// Asks a simulation by its control directory, and waits a second for the answer at most.
 /// @return nothing when there is none
 std::optional<SimStatus> AskSimulation(const std::string& directory);

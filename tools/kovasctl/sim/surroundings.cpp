@@ -66,7 +66,7 @@ void SetVariables(const SimSettings& settings, const std::string& simulator) {
     Set("KOVASMGR_VIRTUAL_SEED", settings.seed);
     Set("KOVASMGR_VIRTUAL_SPEED", settings.speed);
     Set("KOVASMGR_VIRTUAL_EVENTS", Absolute(settings.events));
-    setenv("KOVASMGR_SPY_ADAPTER", simulator.c_str(), 0);
+    Set("KOVASMGR_SPY_ADAPTER", simulator);
     if (!settings.recording.empty()) {
         Set("KOVASMGR_SPY_RECORD", Absolute(settings.recording));
     }

@@ -80,6 +80,7 @@ void OnDeviceState(_KOVAMGR_DEV_STATE_TYPE_ state) { s_Inbox.Add(state); }
 void Check(bool observed, const char* step) {
     std::printf("%s %s\n", observed ? "  [ok]  " : "  [FAIL]", step);
     if (!observed) {
+        KOVAMGR_Release(); // no callback finds the inbox destroyed
         std::exit(EXIT_FAILURE);
     }
 }

@@ -51,7 +51,7 @@ class Programs(unittest.TestCase):
         self.place_adapter()
         result = self.run_program(LIVE_SESSION, "/bin/true")  # plugs and pulls nothing
         self.assertEqual(1, result.returncode)
-        self.assertIn("[FAIL] notice received", result.stdout)
+        self.assertIn("[FAIL] notice received", result.stdout, result.stderr)
 
     def test_the_readme_shows_quick_start_as_it_is(self):
         program = (ROOT / "examples/quick_start.c").read_text(encoding="utf-8")

@@ -295,6 +295,19 @@ class LeavesFiles(SimTest):
         self.assertEqual(SCENARIO.replace("{end}", "1s"),
                          (self.directory / "mine.toml").read_text(encoding="utf-8"))
 
+    def test_never_over_a_recording_that_the_scenario_plays(self):
+        receive = [KOVASCTL, "--adapter", ".", "receive", "sensor-0", "--count", "6"]
+        self.expect(0, self.sim("mine.toml", "--recording", "was.jsonl", "--", *receive))
+        recording = (self.directory / "was.jsonl").read_text(encoding="utf-8")
+        (self.directory / "played.toml").write_text(
+            '[[device]]\nname = "old"\n[[device.port]]\nname = "old-0"\nfar = "recording"\n'
+            'file = "was.jsonl"\nport = "sensor-0"\n', encoding="utf-8")
+        for option in ("--events", "--recording"):
+            with self.subTest(option=option):
+                self.expect(2, self.sim("played.toml", option, "was.jsonl", *self.host()),
+                            "the scenario plays it")
+        self.assertEqual(recording, (self.directory / "was.jsonl").read_text(encoding="utf-8"))
+
     def test_each_in_one_of_its_own(self):
         self.expect(2, self.sim("mine.toml", "--events", "e", "--recording", "./e"), "the events go there")
 

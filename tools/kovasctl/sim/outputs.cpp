@@ -9,6 +9,8 @@
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <system_error>
 
 #include "tools/kovasctl/failure.h"
@@ -48,12 +50,23 @@ std::string TroubleWith(const UniqueFd& file) {
     return ftruncate(file.Get(), 0) == 0 ? "" : std::strerror(errno);
 }
 
+// Whether its text has the file's name in it, as the recording that a port plays.
+bool Names(const std::string& scenario, const std::string& file) {
+    std::ifstream stream(scenario);
+    const std::string text{std::istreambuf_iterator<char>(stream), {}};
+    return text.find('"' + fs::path(file).filename().string() + '"') != std::string::npos ||
+           text.find('/' + fs::path(file).filename().string() + '"') != std::string::npos;
+}
+
 void Empty(const char* option, const std::string& file, const std::string& scenario) {
     if (file.empty()) {
         return;
     }
     if (IsSame(file, scenario)) {
         Refuse(option, file, "it is the scenario");
+    }
+    if (Names(scenario, file)) {
+        Refuse(option, file, "the scenario plays it");
     }
     const UniqueFd opened(
         open(file.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC | O_NONBLOCK | O_NOCTTY, 0600));

@@ -11,8 +11,8 @@
 class SimOutputs {
   public:
     /// Creates or empties them.
-    /// @throws WrongUse when one cannot be written, is another of them or the scenario, or is no
-    ///         regular file
+    /// @throws WrongUse when one cannot be written, is another of them, the scenario or what the
+    ///         scenario plays, or is no regular file
     explicit SimOutputs(const SimSettings& settings);
 
     /// After the run: tells which of them have nothing in them.

@@ -131,7 +131,7 @@ DeviceTable::Device& DeviceTable::DeviceOf(const PortFacts& facts) {
 }
 
 std::string DeviceTable::FreeName(const PortFacts& facts) const {
-    const std::string plain = PlainName(facts);
+    std::string plain = PlainName(facts);
     if (!facts.serial.empty() && !IsTaken(plain)) {
         return plain;
     }

@@ -60,8 +60,9 @@ void RemoveIfStale(int base, const std::string& name) {
 
 } // namespace
 
-CounterDirectory::CounterDirectory() : m_Owner(getpid()), m_Name(std::to_string(m_Owner)) {
-    m_Base = OpenPrivateDirectory(AT_FDCWD, Base(), nullptr);
+CounterDirectory::CounterDirectory()
+    : m_Owner(getpid()), m_Name(std::to_string(m_Owner)),
+      m_Base(OpenPrivateDirectory(AT_FDCWD, Base(), nullptr)) {
     for (const std::string& name : NamesIn(m_Base.Get())) {
         RemoveIfStale(m_Base.Get(), name);
     }

@@ -20,7 +20,7 @@
 /// Everything that lives from the first use of the adapter to its un-registration: the scenario that
 /// runs, its devices, control directory and socket, and the thread that serves them. The thread never calls the host, so it
 /// can always be waited for.
-class Session : public PortSource {
+class Session final : public PortSource {
   public:
     /// A scenario with a mistake gives a session without devices; a control directory that cannot
     /// be had, one without commands and links. Both are logged.

@@ -54,7 +54,7 @@ std::string NameText(const std::string& name) {
 }
 
 std::string CallText(const Action& action) {
-    const std::string text = OperationText(action.operation);
+    std::string text = OperationText(action.operation);
     switch (action.operation) {
     case Operation::Open:
     case Operation::Close:

@@ -5,11 +5,11 @@ import re
 import statistics
 import subprocess
 
-PROGRAMS = {"idle": [1, 16, 64, 256, 1024], "delivery": [1, 256], "throughput": [1, 64]}
+PROGRAMS = {"idle": [1, 16, 64, 256, 1024], "delivery": [1, 256], "throughput": [1, 16, 64]}
 
 
 def values_of(line):
-    return {key: float(value) for key, value in re.findall(r"(\w+)=([\d.]+)", line)}
+    return {key: float(value) for key, value in re.findall(r"(\w+)=([\d.e+-]+)", line)}
 
 
 def measure(build, repetitions, chosen):
@@ -61,6 +61,7 @@ def throughput_figures(medians):
         yield f"{what}, sweeps a second", run["sweeps_per_second"], None, "/s"
         yield f"{what}, largest read", run["largest_read"], None, "B"
         yield f"{what} / sweeps made x largest read", run["of_ceiling"], None, "x"
+        yield f"{what}, bytes lost or wrong", run["lost"] + run["wrong"], 0, "B"
 
 
 def figures(medians):

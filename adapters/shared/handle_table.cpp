@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "adapters/shared/handle_table.h"
 
+#include <algorithm>
 #include <utility>
 
 using Lock = std::lock_guard<std::mutex>;
@@ -20,21 +21,29 @@ int HandleTable::Add(const std::string& portName, Terminal terminal) {
     m_Entries.emplace(m_LastHandle + 1, std::move(entry));
     const int handle = ++m_LastHandle;
     m_Readiness.Watch(handle, descriptor);
+    GiveSeat(handle, descriptor);
     DropPort(portName, handle, dropped);
     return handle;
 }
 
-HandleTable::Found HandleTable::Find(int handle) const {
+// Also where a host ends up with a dead handle again and again: whoever was inside when it died, and
+// left without noticing, is seen off here.
+HandleTable::Found HandleTable::Find(int handle) {
+    Terminals left;
     const Lock lock(m_Mutex);
+    SeeOff(left);
     const auto found = m_Entries.find(handle);
     if (found == m_Entries.end()) {
         return {};
     }
-    const Entry& entry = found->second;
-    if (entry.terminal.empty()) {
-        return {State::Dead, nullptr, entry.portName};
-    }
-    return {State::Open, entry.terminal.front(), entry.portName};
+    const Terminals& terminal = found->second.terminal;
+    return terminal.empty() ? Found{State::Dead, nullptr} : Found{State::Open, terminal.front()};
+}
+
+std::string HandleTable::PortName(int handle) const {
+    const Lock lock(m_Mutex);
+    const auto found = m_Entries.find(handle);
+    return found == m_Entries.end() ? "" : found->second.portName;
 }
 
 HandleTable::Terminal HandleTable::FindPort(const std::string& portName) const {
@@ -47,11 +56,6 @@ HandleTable::Terminal HandleTable::FindPort(const std::string& portName) const {
     return nullptr;
 }
 
-bool HandleTable::IsIdle(int handle) {
-    const Lock lock(m_Mutex);
-    return m_Readiness.IsIdle(handle);
-}
-
 bool HandleTable::Remove(int handle) {
     Terminals removed;
     const Lock lock(m_Mutex);
@@ -60,6 +64,7 @@ bool HandleTable::Remove(int handle) {
         return false;
     }
     Detach(*entry, removed);
+    SeeOff(removed);
     m_Entries.erase(entry);
     return true;
 }
@@ -95,6 +100,7 @@ void HandleTable::KillAll() {
     for (auto& entry : m_Entries) {
         Detach(entry, killed);
     }
+    SeeOff(killed);
 }
 
 bool HandleTable::TakeDeathNotice(int handle) {
@@ -115,12 +121,47 @@ void HandleTable::Clear() {
     for (auto& entry : m_Entries) {
         Detach(entry, cleared);
     }
+    SeeOff(cleared);
     m_Entries.clear();
+}
+
+// Not to one who still sits there with a handle of long ago.
+void HandleTable::GiveSeat(int handle, int descriptor) {
+    Seat& seat = SeatOf(handle);
+    if (seat.handle == kNoHandle && !seat.isTaken) {
+        seat.descriptor = descriptor;
+        seat.handle = handle;
+    }
+}
+
+// @return whether somebody may be sitting there.
+bool HandleTable::TakeSeatAway(int handle) {
+    Seat& seat = SeatOf(handle);
+    if (seat.handle != handle) {
+        return false;
+    }
+    seat.handle = kNoHandle;
+    return seat.isTaken;
+}
+
+void HandleTable::LetLeaversGo() {
+    Terminals left;
+    const Lock lock(m_Mutex);
+    SeeOff(left);
+}
+
+// Nobody, while anybody sits anywhere: that is a moment.
+void HandleTable::SeeOff(Terminals& left) {
+    const auto isTaken = [](const Seat& seat) { return seat.isTaken.load(); };
+    if (!m_Leavers.empty() && std::none_of(m_Seats.begin(), m_Seats.end(), isTaken)) {
+        left.splice(left.end(), m_Leavers);
+    }
 }
 
 void HandleTable::Detach(Entries::value_type& entry, Terminals& detached) {
     m_Readiness.Forget(entry.first);
-    detached.splice(detached.end(), entry.second.terminal);
+    Terminals& destination = TakeSeatAway(entry.first) ? m_Leavers : detached;
+    destination.splice(destination.end(), entry.second.terminal);
 }
 
 void HandleTable::DropPort(const std::string& portName, int except, Terminals& dropped) {

@@ -2,6 +2,8 @@
 #ifndef KOVASMGR_ADAPTERS_HANDLE_TABLE_H
 #define KOVASMGR_ADAPTERS_HANDLE_TABLE_H
 
+#include <array>
+#include <atomic>
 #include <climits>
 #include <list>
 #include <map>
@@ -27,8 +29,7 @@ class HandleTable {
 
     struct Found {
         State state = State::Unknown;
-        Terminal terminal;    // only with State::Open; stays open as long as this is held
-        std::string portName; // not with State::Unknown
+        Terminal terminal; // only with State::Open; stays open as long as this is held
     };
 
     /// Enters an open port. A handle that the port still has is dropped: whoever held it has
@@ -36,15 +37,38 @@ class HandleTable {
     /// @return the new handle, or -1 when the numbers have run out.
     int Add(const std::string& portName, Terminal terminal);
 
-    Found Find(int handle) const;
+    Found Find(int handle);
+
+    /// Runs a call on an open port's descriptor, which stays open meanwhile: at a fraction of what
+    /// Find costs, for what never waits and throws nothing.
+    /// @return false, and the call was not run, when the port is not open, another thread's call is
+    ///         running, or the handle has no seat; Find knows more.
+    template <typename Call> bool RunInside(int handle, Call call) {
+        Seat& seat = SeatOf(handle);
+        if (seat.isTaken.exchange(true)) {
+            return false;
+        }
+        const bool isOpen = handle != kNoHandle && seat.handle == handle;
+        if (isOpen) {
+            call(seat.descriptor.load(std::memory_order_relaxed));
+        }
+        seat.isTaken.store(false, std::memory_order_release);
+        if (isOpen && seat.handle != handle) {
+            LetLeaversGo();
+        }
+        return isOpen;
+    }
+
+    /// The port's name, for messages; empty when there is no such handle.
+    std::string PortName(int handle) const;
 
     /// The terminal that a port has open; null when it has none.
     Terminal FindPort(const std::string& portName) const;
 
-    /// Whether the port is open and the kernel has said, within a millisecond, that there is
-    /// nothing to read. Made for being asked of all handles in turn: allocates and copies nothing,
-    /// and one system call serves them all.
-    bool IsIdle(int handle);
+    /// Whether the port is open and the kernel has said, a moment ago, that there is nothing to
+    /// read. Made for being asked of all handles in turn: allocates, copies and locks nothing, and
+    /// one system call serves them all.
+    bool IsIdle(int handle) { return m_Readiness.IsIdle(handle); }
 
     /// Removes a handle, dead or alive.
     /// @return false when there is no such handle.
@@ -69,6 +93,19 @@ class HandleTable {
     void Clear();
 
   private:
+    static constexpr int kNoHandle = 0;
+
+    // Handles that are so far apart have one seat between them, and the later one none.
+    static constexpr unsigned kSeats = 4096;
+
+    // Whoever sits down and then sees its handle is inside; whoever takes the handle away and then
+    // sees nobody may close. As each does the first before the second, they cannot miss each other.
+    struct alignas(16) Seat { // within one line of the cache
+        std::atomic<int> handle{kNoHandle};
+        std::atomic<int> descriptor{-1};
+        std::atomic<bool> isTaken{false};
+    };
+
     // Splicing needs no memory: a terminal can always be let go.
     using Terminals = std::list<Terminal>;
 
@@ -81,12 +118,21 @@ class HandleTable {
 
     using Entries = std::map<int, Entry>;
 
+    Seat& SeatOf(int handle) { return m_Seats[static_cast<unsigned>(handle) % kSeats]; }
+
+    void GiveSeat(int handle, int descriptor);
+    bool TakeSeatAway(int handle);
+    void LetLeaversGo();
+    void SeeOff(Terminals& left);
     void Detach(Entries::value_type& entry, Terminals& detached);
     void DropPort(const std::string& portName, int except, Terminals& dropped);
 
+    Readiness m_Readiness; // of the entries with a terminal
+    std::array<Seat, kSeats> m_Seats;
+
     mutable std::mutex m_Mutex; // guards everything below
     Entries m_Entries;
-    Readiness m_Readiness; // of the entries with a terminal
+    Terminals m_Leavers; // let go while somebody was inside
     int m_LastHandle = 0;
 };
 

@@ -3,36 +3,34 @@
 
 #include <unistd.h>
 
-#include <algorithm>
 #include <new>
 
 #include "adapters/shared/cancel_shield.h"
 
+using Lock = std::lock_guard<std::mutex>;
+
 void Readiness::Watch(int handle, int descriptor) {
+    const Lock lock(m_Mutex);
     LeaveParentsSet();
-    if (!m_Set.IsOpen()) {
-        m_Owner = getpid();
-        m_Set = UniqueFd(epoll_create1(EPOLL_CLOEXEC));
-    }
-    epoll_event event{};
-    event.events = EPOLLIN; // and, unasked, EPOLLHUP and EPOLLERR
-    event.data.fd = handle;
-    if (Enter(handle, descriptor) &&
-        epoll_ctl(m_Set.Get(), EPOLL_CTL_ADD, descriptor, &event) != 0) {
-        m_Watched.pop_back();
+    Place& place = PlaceOf(handle);
+    if (place.handle == kNoHandle && Add(handle, descriptor)) {
+        place.descriptor = descriptor;
+        place.state = Ready(m_Round);
+        place.handle.store(handle, std::memory_order_release);
     }
     EndIfUnused();
 }
 
 void Readiness::Forget(int handle) {
+    const Lock lock(m_Mutex);
     LeaveParentsSet();
-    const size_t place = FindPlace(handle);
-    if (place == m_Watched.size()) {
+    Place& place = PlaceOf(handle);
+    if (place.handle != handle || handle == kNoHandle) {
         return;
     }
-    const auto watched = m_Watched.begin() + static_cast<std::ptrdiff_t>(place);
-    epoll_ctl(m_Set.Get(), EPOLL_CTL_DEL, watched->descriptor, nullptr);
-    m_Watched.erase(watched);
+    place.handle = kNoHandle;
+    epoll_ctl(m_Set.Get(), EPOLL_CTL_DEL, place.descriptor, nullptr);
+    m_Events.pop_back();
     EndIfUnused();
 }
 
@@ -40,55 +38,58 @@ void Readiness::Forget(int handle) {
 // the child has inherited is read without asking.
 void Readiness::LeaveParentsSet() {
     if (m_Set.IsOpen() && m_Owner != getpid()) {
-        m_Watched.clear();
+        for (Place& place : m_Places) {
+            place.handle = kNoHandle;
+        }
+        m_Events.clear();
         EndIfUnused();
     }
 }
 
-// @return as many as there are when it is not among them.
-size_t Readiness::FindPlace(int handle) const {
-    const auto found = std::lower_bound(
-        m_Watched.begin(), m_Watched.end(), handle,
-        [](const Watched& watched, int wanted) { return watched.handle < wanted; });
-    const bool isFound = found != m_Watched.end() && found->handle == handle;
-    return static_cast<size_t>((isFound ? found : m_Watched.end()) - m_Watched.begin());
-}
-
-// @return false when there is no memory.
-bool Readiness::Enter(int handle, int descriptor) {
+// @return false when the kernel does not watch it, or there is no memory.
+bool Readiness::Add(int handle, int descriptor) {
+    if (!m_Set.IsOpen()) {
+        m_Owner = getpid();
+        m_Set = UniqueFd(epoll_create1(EPOLL_CLOEXEC));
+    }
+    epoll_event event{};
+    event.events = EPOLLIN; // and, unasked, EPOLLHUP and EPOLLERR
+    event.data.fd = handle;
     try {
-        m_Events.resize(m_Watched.size() + 1);
-        m_Watched.push_back(Watched{handle, descriptor, m_Round - 1, m_Round});
-        return true;
+        m_Events.push_back(event);
     } catch (const std::bad_alloc&) {
         return false;
     }
+    const bool isWatched = epoll_ctl(m_Set.Get(), EPOLL_CTL_ADD, descriptor, &event) == 0;
+    if (!isWatched) {
+        m_Events.pop_back();
+    }
+    return isWatched;
 }
 
-// With the memory of both containers, which clearing them would keep.
+// With the memory of the answers, which clearing them would keep.
 void Readiness::EndIfUnused() {
-    if (m_Watched.empty()) {
+    if (m_Events.empty()) {
         m_Set.Reset();
-        m_Watched = std::vector<Watched>();
         m_Events = std::vector<epoll_event>();
     }
 }
 
-void Readiness::StartRound(Clock::time_point now) {
+void Readiness::StartRound() {
     const CancelShield shield;
-    ++m_Round;
-    m_RoundStart = now;
+    const Lock lock(m_Mutex);
+    const int64_t now = Tick(); // before the answer, which is younger
     const int count =
         epoll_wait(m_Set.Get(), m_Events.data(), static_cast<int>(m_Events.size()), 0);
+    const uint32_t round = m_Round + 1;
     if (count < 0) {
-        for (Watched& watched : m_Watched) {
-            watched.readyIn = m_Round;
+        for (Place& place : m_Places) {
+            place.state = Ready(round);
         }
     }
     for (int i = 0; i < count; ++i) {
-        const size_t place = FindPlace(m_Events[static_cast<size_t>(i)].data.fd);
-        if (place != m_Watched.size()) {
-            m_Watched[place].readyIn = m_Round;
-        }
+        PlaceOf(m_Events[static_cast<size_t>(i)].data.fd).state = Ready(round);
     }
+    m_Round.store(round, std::memory_order_release);
+    m_RoundStart.store(now, std::memory_order_release);
 }

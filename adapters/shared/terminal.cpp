@@ -2,6 +2,7 @@
 #include "adapters/shared/terminal.h"
 
 #include <poll.h>
+#include <sys/syscall.h>
 #include <termios.h>
 #include <unistd.h>
 
@@ -26,6 +27,26 @@ bool MustWait(int error) { return error == EAGAIN || error == EINTR; }
 void WaitForRoom(int terminal, std::chrono::milliseconds left) {
     pollfd entry{terminal, POLLOUT, 0};
     poll(&entry, 1, static_cast<int>(std::min(left, kAskAgain).count()));
+}
+
+// What a first attempt has left over. Apart from it, because looking at the clock costs as much as
+// everything else around the attempt.
+void WriteRest(int terminal, const unsigned char* bytes, size_t length, Clock::time_point deadline,
+               Transfer& total) {
+    Transfer last = total;
+    while (total.count < length && total.error == 0) {
+        const auto left =
+            std::chrono::duration_cast<std::chrono::milliseconds>(deadline - Clock::now());
+        if (left.count() <= 0) {
+            return;
+        }
+        if (last.count == 0) {
+            WaitForRoom(terminal, left);
+        }
+        last = WriteAvailable(terminal, bytes + total.count, length - total.count);
+        total.count += last.count;
+        total.error = last.error;
+    }
 }
 
 } // namespace
@@ -58,7 +79,8 @@ Transfer WriteAvailable(int terminal, const void* data, size_t length) {
     if (length == 0) {
         return {};
     }
-    const ssize_t count = write(terminal, data, std::min(length, kMaxChunk));
+    // write() makes itself a cancellation point, at a price. This never waits and needs to be none.
+    const long count = syscall(SYS_write, terminal, data, std::min(length, kMaxChunk));
     if (count >= 0) {
         return {static_cast<size_t>(count), 0};
     }
@@ -67,21 +89,10 @@ Transfer WriteAvailable(int terminal, const void* data, size_t length) {
 
 Transfer WriteWithin(int terminal, const void* data, size_t length,
                      std::chrono::milliseconds time) {
-    const auto* bytes = static_cast<const unsigned char*>(data);
-    const auto deadline = Clock::now() + time;
-    Transfer total;
-    while (total.count < length && total.error == 0) {
-        const Transfer part = WriteAvailable(terminal, bytes + total.count, length - total.count);
-        total.count += part.count;
-        total.error = part.error;
-        const auto left =
-            std::chrono::duration_cast<std::chrono::milliseconds>(deadline - Clock::now());
-        if (left.count() <= 0) {
-            break;
-        }
-        if (part.count == 0 && part.error == 0) {
-            WaitForRoom(terminal, left);
-        }
+    Transfer total = WriteAvailable(terminal, data, length);
+    if (total.count < length && total.error == 0) {
+        WriteRest(terminal, static_cast<const unsigned char*>(data), length, Clock::now() + time,
+                  total);
     }
     return total;
 }

@@ -57,7 +57,7 @@ class HandleTableTest : public testing::Test {
                            std::make_shared<SlowTerminal>(m_Table, m_Threads, m_Answered));
     }
 
-    bool IsOpen(int handle) const { return m_Table.Find(handle).state == HandleTable::State::Open; }
+    bool IsOpen(int handle) { return m_Table.Find(handle).state == HandleTable::State::Open; }
 
     std::vector<std::thread> m_Threads;
     std::atomic<int> m_Answered{0};
@@ -179,5 +179,79 @@ TEST_F(HandleTableTest, ATerminalThatACallIsInsideStaysOpenUntilTheCallEnds) {
         EXPECT_EQ(HandleTable::State::Dead, m_Table.Find(handle).state);
         EXPECT_EQ(before + 1, OpenDescriptors());
     }
+    EXPECT_EQ(before, OpenDescriptors());
+}
+
+TEST_F(HandleTableTest, ACallInsideRunsOnTheDescriptorOfAnOpenHandleOnly) {
+    const auto terminal = Terminal();
+    const int open = m_Table.Add("a", terminal);
+    const int dead = m_Table.Add("b", Terminal());
+    m_Table.Kill(dead);
+    int descriptor = -1;
+    EXPECT_TRUE(m_Table.RunInside(open, [&](int inside) { descriptor = inside; }));
+    EXPECT_EQ(terminal->Descriptor(), descriptor);
+    for (const int handle : {dead, dead + 1, 0, -1, open + 4096}) {
+        EXPECT_FALSE(m_Table.RunInside(handle, [](int) { FAIL(); })) << handle;
+    }
+}
+
+TEST_F(HandleTableTest, OneCallIsInsideAHandleAtATime) {
+    const int handle = m_Table.Add("a", Terminal());
+    EXPECT_TRUE(m_Table.RunInside(
+        handle, [&](int) { EXPECT_FALSE(m_Table.RunInside(handle, [](int) { FAIL(); })); }));
+    EXPECT_TRUE(m_Table.RunInside(handle, [](int) {}));
+}
+
+TEST_F(HandleTableTest, WhatACallIsInsideIsClosedWhenItLeavesHoweverItWasLetGo) {
+    const std::function<void(int)> ways[] = {[&](int handle) { m_Table.Remove(handle); },
+                                             [&](int) { m_Table.RemovePort("a"); },
+                                             [&](int handle) { m_Table.Kill(handle); },
+                                             [&](int) { m_Table.KillPort("a"); },
+                                             [&](int) { m_Table.KillAll(); },
+                                             [&](int) { m_Table.Clear(); }};
+    const size_t before = OpenDescriptors();
+    for (const auto& way : ways) {
+        const int handle = m_Table.Add("a", Terminal());
+        m_Table.RunInside(handle, [&](int descriptor) {
+            way(handle);
+            EXPECT_NE(-1, fcntl(descriptor, F_GETFD));
+            EXPECT_NE(HandleTable::State::Open, m_Table.Find(handle).state);
+        });
+        EXPECT_EQ(before, OpenDescriptors());
+    }
+}
+
+TEST_F(HandleTableTest, AHandleWithoutASeatIsFoundAllTheSame) {
+    const int first = m_Table.Add("first", Terminal());
+    int handle = first;
+    while (handle != first + 4096) {
+        handle = m_Table.Add("other", Terminal());
+    }
+    EXPECT_FALSE(m_Table.RunInside(handle, [](int) { FAIL(); }));
+    EXPECT_TRUE(IsOpen(handle));
+    EXPECT_TRUE(m_Table.RunInside(first, [](int) {}));
+}
+
+// Terminals go while another thread's calls are inside: each is closed, and none is while it is in use.
+TEST_F(HandleTableTest, TerminalsGoWhileCallsAreInside) {
+    const size_t before = OpenDescriptors();
+    std::atomic<int> handle{0};
+    std::atomic<bool> isEnding{false};
+    std::atomic<int> closed{0};
+    std::thread calling([&] {
+        while (!isEnding) {
+            m_Table.RunInside(handle, [&](int descriptor) {
+                closed += fcntl(descriptor, F_GETFD) == -1 ? 1 : 0;
+            });
+        }
+    });
+    for (int i = 0; i < 2000; ++i) {
+        handle = m_Table.Add("a", Terminal());
+        m_Table.Kill(handle);
+    }
+    isEnding = true;
+    calling.join();
+    m_Table.KillAll();
+    EXPECT_EQ(0, closed);
     EXPECT_EQ(before, OpenDescriptors());
 }

@@ -6,6 +6,11 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <atomic>
+#include <ctime>
+#include <thread>
+#include <utility>
+
 #include "tests/adapters/descriptors_used_up.h"
 #include "tests/adapters/watched_descriptors.h"
 #include "tests/harness/process_counts.h"
@@ -45,9 +50,14 @@ class ReadinessTest : public testing::Test {
         return m_Readiness.IsIdle(handle);
     }
 
-    static void LetPass(std::chrono::milliseconds time) {
-        const auto end = Readiness::Clock::now() + time;
-        WaitUntil([&] { return Readiness::Clock::now() > end; });
+    static void LetTheClockTick() {
+        const auto now = [] {
+            timespec time{};
+            clock_gettime(CLOCK_MONOTONIC_COARSE, &time);
+            return std::make_pair(time.tv_sec, time.tv_nsec);
+        };
+        const auto before = now();
+        ASSERT_TRUE(WaitUntil([&] { return now() != before; }));
     }
 
     Line m_First;
@@ -114,14 +124,14 @@ TEST_F(ReadinessTest, OneAnswerServesEachDescriptorOnce) {
     }));
 }
 
-TEST_F(ReadinessTest, AnAnswerOlderThanAMillisecondIsNotUsed) {
+TEST_F(ReadinessTest, AnAnswerOlderThanATickOfTheClockIsNotUsed) {
     Watch(1, m_First);
     Watch(2, m_Second);
     for (int i = 0; i < 10; ++i) {
         m_Second.Drain();
         IsIdleNow(1);
         m_Second.Send();
-        LetPass(std::chrono::milliseconds(2));
+        LetTheClockTick();
         ASSERT_FALSE(m_Readiness.IsIdle(2));
     }
 }
@@ -183,6 +193,43 @@ TEST_F(ReadinessTest, AHandleThatComesAfterTheForgottenOnesIsWatched) {
     Watch(101, m_First);
     m_First.Send();
     EXPECT_FALSE(IsIdleNow(101));
+}
+
+TEST_F(ReadinessTest, AHandleWhosePlaceIsTakenIsNeverIdleUntilItIsFree) {
+    Watch(1, m_First);
+    Watch(1 + Readiness::kPlaces, m_Second);
+    EXPECT_TRUE(IsIdleNow(1));
+    EXPECT_FALSE(IsIdleNow(1 + Readiness::kPlaces));
+    m_Readiness.Forget(1 + Readiness::kPlaces); // was never watched
+    EXPECT_TRUE(IsIdleNow(1));
+    EXPECT_EQ(1U, WatchedDescriptors());
+    m_Readiness.Forget(1);
+    Watch(1 + 2 * Readiness::kPlaces, m_Second);
+    EXPECT_TRUE(IsIdleNow(1 + 2 * Readiness::kPlaces));
+    EXPECT_FALSE(IsIdleNow(1));
+}
+
+TEST_F(ReadinessTest, DescriptorsComeAndGoWhileTheyAreAsked) {
+    Watch(1, m_First);
+    m_Second.Send();
+    std::atomic<bool> isEnding{false};
+    std::thread asking([&] {
+        while (!isEnding) {
+            EXPECT_FALSE(m_Readiness.IsIdle(3));
+            m_Readiness.IsIdle(2);
+            m_Readiness.IsIdle(1);
+        }
+    });
+    for (int i = 0; i < 2000; ++i) {
+        Watch(2, m_Second);
+        m_Readiness.Forget(2);
+    }
+    isEnding = true;
+    asking.join();
+    EXPECT_FALSE(IsIdleNow(2));
+    EXPECT_TRUE(IsIdleNow(1));
+    Watch(4, m_Second);
+    EXPECT_FALSE(IsIdleNow(4));
 }
 
 TEST_F(ReadinessTest, WhatAForkedChildDoesIsNotMissingInItsParent) {

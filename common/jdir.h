@@ -14,7 +14,7 @@ class JDir {
     /// name too long for the system) does not exist. Throws nothing but an allocation failure.
     bool exists() const;
 
-    /// The current directory, empty when it cannot be read.
+    /// The current directory, empty when it cannot be read. Throws nothing but an allocation failure.
     static std::string getCurrentPath();
 
     /// The character between the parts of a path.

@@ -3,10 +3,25 @@
 
 #include <cerrno>
 
+#if defined(__GLIBC__)
+#include <execinfo.h>
+#endif
+
 #include "common/jmutex_guard.h"
 
 namespace {
+
 constexpr long kKillWaitMs = 1000;
+
+// The first cancellation of a thread loads the unwinder, and ends the process when there is no memory
+// for that. A backtrace loads it, too, and merely stays empty.
+void LoadUnwinder() {
+#if defined(__GLIBC__)
+    void* frame = nullptr;
+    backtrace(&frame, 1);
+#endif
+}
+
 } // namespace
 
 // Clears the running state on every way out of the thread, cancellation included.
@@ -36,6 +51,7 @@ int JThread::Start() {
         return EBUSY;
     }
     Join();
+    LoadUnwinder();
     JMutexGuard lock(m_StateMutex);
     m_bStarted = false;
     m_bRunning = true;

@@ -12,6 +12,19 @@ template <size_t size> void CopyText(char (&dest)[size], const std::string& text
     std::memcpy(dest, text.data(), std::min(text.size(), size - 1));
 }
 
+void AddToTree(const _PORT_& port, std::vector<_COMM_MGR_DEVICE_INFO_>& devices) {
+    const auto known = FindDeviceByName(devices, port.strDeviceName.c_str());
+    if (known != devices.end()) {
+        known->vecPorts.push_back(port);
+        return;
+    }
+    _COMM_MGR_DEVICE_INFO_ device;
+    CopyText(device.szDeviceName, port.strDeviceName);
+    CopyText(device.szDeviceText, port.strDeviceText);
+    device.vecPorts.push_back(port);
+    devices.push_back(device);
+}
+
 } // namespace
 
 int32_t NextPortID(const std::vector<_PORT_>& ports, int32_t& lastPortID) {
@@ -27,16 +40,12 @@ int32_t NextPortID(const std::vector<_PORT_>& ports, int32_t& lastPortID) {
 void AddPort(const _PORT_& port, std::vector<_PORT_>& ports,
              std::vector<_COMM_MGR_DEVICE_INFO_>& devices) {
     ports.push_back(port);
-    const auto known = FindDeviceByName(devices, port.strDeviceName.c_str());
-    if (known != devices.end()) {
-        known->vecPorts.push_back(port);
-        return;
+    try {
+        AddToTree(port, devices);
+    } catch (...) {
+        ports.pop_back(); // known but in no device, it could neither be shown nor ever be removed
+        throw;
     }
-    _COMM_MGR_DEVICE_INFO_ device;
-    CopyText(device.szDeviceName, port.strDeviceName);
-    CopyText(device.szDeviceText, port.strDeviceText);
-    device.vecPorts.push_back(port);
-    devices.push_back(device);
 }
 
 std::vector<std::string> DeleteFromTree(int portID, std::vector<_COMM_MGR_DEVICE_INFO_>& devices) {

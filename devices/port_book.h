@@ -17,7 +17,7 @@
 int32_t NextPortID(const std::vector<_PORT_>& ports, int32_t& lastPortID);
 
 /// Appends a port to the prepared ports, and a copy of it to its device, which is made if it is not
-/// in the tree.
+/// in the tree. When memory runs out (std::bad_alloc), neither has it.
 void AddPort(const _PORT_& port, std::vector<_PORT_>& ports,
              std::vector<_COMM_MGR_DEVICE_INFO_>& devices);
 

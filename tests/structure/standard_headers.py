@@ -17,9 +17,9 @@ unordered_set utility valarray variant vector cxxabi.h
 """.split())
 
 _POSIX_HEADERS = set("""
-dirent.h dlfcn.h fcntl.h glob.h poll.h pthread.h pwd.h sched.h semaphore.h termios.h unistd.h
-sys/auxv.h sys/file.h sys/ioctl.h sys/mman.h sys/resource.h sys/select.h sys/stat.h sys/time.h
-sys/types.h sys/wait.h
+dirent.h dlfcn.h execinfo.h fcntl.h glob.h poll.h pthread.h pwd.h sched.h semaphore.h termios.h
+unistd.h sys/auxv.h sys/file.h sys/ioctl.h sys/mman.h sys/resource.h sys/select.h sys/stat.h
+sys/time.h sys/types.h sys/wait.h
 """.split())
 
 SYSTEM_HEADERS = (C_HEADERS | {"c" + name[:-2] for name in C_HEADERS} | _CPP_HEADERS

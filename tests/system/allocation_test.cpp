@@ -94,6 +94,20 @@ TEST_F(Allocation, TheReadThreadAndItsLogLinesLiveOnInTheDefaultTimeZone) {
     CheckThatTheReadThreadLivesOnWithoutMemory();
 }
 
+TEST_F(Allocation, AnInitThatGetsNoneFailsAndALaterOneWorks) {
+#ifdef KOVASMGR_TEST_SANITIZED
+    GTEST_SKIP() << "a sanitizer hands out the memory itself";
+#endif
+    const std::string directory = m_Scratch.LogDirectory();
+    RefuseAllocations(true);
+    const int initialised = KOVAMGR_Init(directory.c_str());
+    const int state = KOVAMGR_GetPortState(1);
+    RefuseAllocations(false);
+    EXPECT_EQ(KOVAMGR_ERR_OSADAPT, initialised);
+    EXPECT_EQ(KOVAMGR_ERR_NOT_INIT, state);
+    InitAndOpen();
+}
+
 TEST_F(Allocation, APortOperationNeedsNoMemory) {
 #ifdef KOVASMGR_TEST_SANITIZED
     GTEST_SKIP() << "a sanitizer hands out the memory itself";

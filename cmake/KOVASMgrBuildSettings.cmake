@@ -16,3 +16,13 @@ if(KOVASMGR_SANITIZE)
     $<$<CXX_COMPILER_ID:Clang>:-fno-sanitize=function>)
   target_link_options(kovasmgr_build_settings INTERFACE -fsanitize=${KOVASMGR_SANITIZE})
 endif()
+
+# kovasmgr_coverage: counts which lines and branches run (preset coverage, scripts/coverage). For the
+# library, and for tests that have copies of its inline functions; adapters, fakes and the test kit
+# are not what is measured. Counted atomically: threads are what the library is about.
+option(KOVASMGR_COVERAGE "Count what the tests reach of the library" OFF)
+add_library(kovasmgr_coverage INTERFACE)
+if(KOVASMGR_COVERAGE)
+  target_compile_options(kovasmgr_coverage INTERFACE --coverage -fprofile-update=atomic)
+  target_link_options(kovasmgr_coverage INTERFACE --coverage)
+endif()

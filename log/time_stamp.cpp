@@ -2,6 +2,7 @@
 #include <cstdio>
 #include <cstring>
 #include <ctime>
+#include <limits>
 
 #include "KOVASMgrLog.h"
 #include "common/jmutex_guard.h"
@@ -19,7 +20,7 @@ class SecondText {
     /// @return where the terminator stands
     char* CopyTo(char* out, time_t second) {
         JMutexGuard lock(m_Mutex);
-        if (second != m_Second || m_nLength == 0) {
+        if (second != m_Second) {
             Convert(second);
         }
         std::memcpy(out, m_szText, m_nLength + 1);
@@ -39,7 +40,8 @@ class SecondText {
     }
 
     JMutex m_Mutex;
-    time_t m_Second KOVASMGR_GUARDED_BY(m_Mutex) = 0;
+    // At first a second that no clock shows.
+    time_t m_Second KOVASMGR_GUARDED_BY(m_Mutex) = std::numeric_limits<time_t>::min();
     size_t m_nLength KOVASMGR_GUARDED_BY(m_Mutex) = 0;
     char m_szText[80] KOVASMGR_GUARDED_BY(m_Mutex) = {}; // room for any int in every field
 };

@@ -35,7 +35,7 @@ bool CKOVASMgrPort::LoadDll() {
         path += "OSAdapt";
         // An earlier object is not freed: operations of it may be in use. The second load of one
         // library only counts a reference.
-        m_pOSAdaptLib = new JLibrary(path);
+        m_pOSAdaptLib = new JLibrary(path); // GCOVR_EXCL_BR_LINE: how new cleans up after a throw
         Resolve(*m_pOSAdaptLib, "OS_ADAPT_RegisterDeviceStateProcessCallBack", pfnRegDevStateProc);
         Resolve(*m_pOSAdaptLib, "OS_ADAPT_UnRegisterDeviceStateProcessCallBack",
                 pfnUnRegDevStateProc);

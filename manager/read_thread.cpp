@@ -14,12 +14,13 @@ namespace {
 
 constexpr useconds_t kPollMicroseconds = 10000;
 constexpr size_t kBufferSize = KOVAMGR_READ_SIZE + 1; // a zero byte follows the longest read
+constexpr size_t kCacheLine = 64;                     // what starts at one is cleared fastest
 
 } // namespace
 
 void CKOVASMgrPort::ReadThread() {
     CallbackScope scope;
-    char buffer[kBufferSize] = {};
+    alignas(kCacheLine) char buffer[kBufferSize] = {};
     long length = 0; // not reset between reads: the adapter sets it on every success
     while (m_bReadThreadRun != 0) {
         {

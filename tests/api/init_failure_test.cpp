@@ -116,6 +116,22 @@ TEST_F(HostInitFailure, OfAnAdapterThatThrowsInItsRegistrationUndoesAll) {
     ExpectNothingStaysBehind();
 }
 
+// As a cancellation does, and for the same reason: the thread is to end, not the process.
+TEST_F(HostInitFailure, AThreadThatAnAdapterEndsLeavesNoLockBehind) {
+    m_Fake->SetHook(FakeCall::kEnum, [] { pthread_exit(nullptr); });
+    std::string directory = m_Scratch.LogDirectory();
+    pthread_t thread{};
+    const auto initialise = [](void* logDir) -> void* {
+        ADD_FAILURE() << "it returns with " << KOVAMGR_Init(static_cast<const char*>(logDir));
+        return nullptr;
+    };
+    ASSERT_EQ(pthread_create(&thread, nullptr, initialise, directory.data()), 0);
+    ASSERT_EQ(pthread_join(thread, nullptr), 0);
+    m_Fake->SetHook(FakeCall::kEnum, nullptr);
+    EXPECT_EQ(KOVAMGR_Release(), 20000);
+    ExpectNothingStaysBehind();
+}
+
 TEST_F(HostInitFailure, OfAnIncompleteAdapterUnloadsIt) {
     fs::remove("libOSAdapt.so");
     m_Scratch.UseAdapter("lacks_OS_ADAPT_Read", "OSAdapt.so");

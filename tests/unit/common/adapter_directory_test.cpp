@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include <gtest/gtest.h>
+#include <sys/auxv.h>
 #include <sys/file.h>
 #include <unistd.h>
 
@@ -14,6 +15,8 @@
 namespace {
 
 namespace fs = std::filesystem;
+
+bool g_HasRaisedPrivileges = false;
 
 // The adapter directory that this program is built with, made anew for each case. The cases run in
 // processes of their own, so one at a time is let in.
@@ -71,9 +74,23 @@ TEST_F(AdapterDirectory, DoesNotReplaceAFileThatDoesNotLoad) {
     EXPECT_EQ(Load(), "nothing");
 }
 
+TEST_F(AdapterDirectory, IsTheOnlyOneForAProcessWithRaisedPrivileges) {
+    m_Scratch.UseAdapter("lacks_OS_ADAPT_Read", "libOSAdapt.so");
+    EXPECT_EQ(Load(), "lacks_OS_ADAPT_Read");
+    g_HasRaisedPrivileges = true;
+    EXPECT_EQ(Load(), "nothing");
+    Install("complete", "libOSAdapt.so");
+    EXPECT_EQ(Load(), "complete");
+}
+
 TEST_F(AdapterDirectory, MayBeMissing) {
     fs::remove_all(KOVASMGR_ADAPTER_DIR);
     EXPECT_EQ(Load(), "nothing");
 }
 
 } // namespace
+
+// What the library handle of this program asks; the build gives the function another name.
+extern "C" unsigned long getauxval(unsigned long kind) noexcept {
+    return kind == AT_SECURE && g_HasRaisedPrivileges ? 1 : 0;
+}

@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
+#include <fcntl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <cstdlib>
 #include <filesystem>
 
 #include "tests/harness/capture_stdout.h"
@@ -45,16 +47,19 @@ TEST_F(LogDirectory, ARelativeOneMeansTheCurrentDirectoryOfThatMoment) {
     EXPECT_EQ(Log(), "[TIME] INFO:text\n");
 }
 
-// With another root directory, so that nothing is written into the system's.
+// With another root directory, so that nothing is written into the system's. The process ends in its
+// own, as it began.
 TEST_F(LogDirectory, AnEmptyOneIsTheRoot) {
     const pid_t child = fork();
     ASSERT_NE(child, -1);
     if (child == 0) {
+        const int root = open("/", O_RDONLY | O_DIRECTORY);
         if (chroot(m_Scratch.Path().c_str()) != 0) {
             _exit(77);
         }
         const bool isWritten = KOVASMGR_LOG_INIT("") == 1 && INFO_LOG("text") == 1;
-        _exit(isWritten ? 0 : 1);
+        const bool isBack = fchdir(root) == 0 && chroot(".") == 0;
+        std::exit(isWritten && isBack ? 0 : 1);
     }
     int status = 0;
     ASSERT_EQ(waitpid(child, &status, 0), child);

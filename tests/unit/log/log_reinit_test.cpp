@@ -55,6 +55,15 @@ TEST_F(LogReinit, AnotherPathDropsTheOldStreamUnclosed) {
     EXPECT_EQ(OpenDescriptors(), descriptors + 1);
 }
 
+TEST_F(LogReinit, AnEmptyPathIsAFailureThatClosesTheLog) {
+    OpenLog();
+    CaptureStdout out;
+    EXPECT_EQ(INIT_LOG("", true), 0);
+    EXPECT_EQ(out.Text(), "Log file open failed!\n");
+    EXPECT_EQ(INFO_LOG("lost"), 0);
+    EXPECT_EQ(Log(), "");
+}
+
 TEST_F(LogReinit, AFailureClosesTheLog) {
     OpenLog();
     CaptureStdout out;

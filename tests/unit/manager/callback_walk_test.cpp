@@ -21,6 +21,20 @@ class ReadCallbackWalk : public SweepTest {
         EXPECT_EQ(m_Manager.UnregisterReadCallBack(1, cb), KOVAMGR_OK);
     }
 
+    void LoadAnotherDevice() {
+        FakeDevices().Device("Modem").Port("COM1").Port("COM2").Device("Scale").Port("COM3").Apply(
+            *m_Fake);
+        m_Manager.DetermineAddPort();
+        Register(3, OnRead<1>);
+        Register(3, OnRead<4>);
+    }
+
+    // A notice of the adapter, on the thread that sweeps.
+    void PullOut(const FakeDevices& left) {
+        left.Apply(*m_Fake);
+        CKOVASMgrPort::ProcessDeviceState(OS_ADAPT_DEVICE_PULLOUT);
+    }
+
     Lines ToldBySweepOf(const std::string& data) {
         m_Fake->PushData("COM1", data);
         return ToldBySweep();
@@ -106,4 +120,17 @@ TEST_F(ReadCallbackWalk, APortOpenedByACallbackBehindItIsReadInTheSameSweep) {
     m_Fake->PushData("COM2", "b");
     m_Recorder.During("read 3", [this] { Open(2); });
     EXPECT_EQ(ToldBySweepOf("a"), (Lines{"read 1: a", "read 2: a", "read 3: a", "read 4: b"}));
+}
+
+TEST_F(ReadCallbackWalk, EndsWhenThePortGoesDuringACallbackAndAnotherTakesItsPlace) {
+    LoadAnotherDevice();
+    m_Recorder.During("read 1", [this] { PullOut(FakeDevices().Device("Scale").Port("COM3")); });
+    EXPECT_EQ(ToldBySweepOf("a"), (Lines{"read 1: a"}));
+    EXPECT_EQ(PortLines(), (Lines{"COM3 = 3"}));
+}
+
+TEST_F(ReadCallbackWalk, EndsWhenTheLastPortGoesDuringACallback) {
+    m_Recorder.During("read 1", [this] { PullOut(FakeDevices()); });
+    EXPECT_EQ(ToldBySweepOf("a"), (Lines{"read 1: a"}));
+    EXPECT_EQ(PortLines(), Lines());
 }

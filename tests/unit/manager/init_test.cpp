@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <thread>
 
+#include "tests/harness/process_counts.h"
 #include "tests/unit/manager/manager_test.h"
 
 namespace {
@@ -135,4 +136,16 @@ TEST_F(ManagerInit, AfterReleaseWorksAgain) {
     EXPECT_EQ(PortLines(), (Lines{"COM1 = 2"})) << "one manager never gives a number twice";
     ASSERT_TRUE(m_Fake->NotifyOnThread(5));
     Free(first);
+}
+
+TEST_F(ManagerInit, StartsNoSecondReadThreadBesideOneThatRuns) {
+    auto& thread =
+        static_cast<JThreadT<CKOVASMgrPort, void>&>(ManagerProbe::ReadThreadObject(m_Manager));
+    thread.SetTask(&m_Manager, &CKOVASMgrPort::ReadThread);
+    ManagerProbe::ReadThreadRun(m_Manager) = 1;
+    ASSERT_EQ(thread.Start(), 0);
+    const std::size_t threads = RunningThreads();
+    EXPECT_EQ(m_Manager.Init(), 20000);
+    EXPECT_EQ(RunningThreads(), threads);
+    EXPECT_EQ(m_Fake->Journal(), (Lines{"Enum 4", "Register"}));
 }

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 //
 // Releases in the middle of which something goes wrong.
+#include <pthread.h>
+
 #include <new>
 #include <stdexcept>
 #include <utility>
@@ -41,6 +43,22 @@ TEST_F(ReleaseTrouble, AnAdapterThatThrowsWhenItUnregistersIsLeftAllTheSame) {
     EXPECT_EQ(m_Manager.Release(), 20000);
     EXPECT_TRUE(ManagerProbe::DevStateCallbacks(m_Manager).empty());
     EXPECT_EQ(CKOVASMgrPort::ProcessDeviceState(OS_ADAPT_DEVICE_INSERT), -1);
+}
+
+// As a cancellation does, and for the same reason: the thread is to end, not the process.
+TEST_F(ReleaseTrouble, AThreadThatTheAdapterEndsLeavesNoLockBehind) {
+    OpenTwoPorts();
+    m_Fake->SetHook(FakeCall::kClose, [] { pthread_exit(nullptr); });
+    pthread_t thread{};
+    const auto release = [](void* manager) -> void* {
+        ADD_FAILURE() << "it returns with " << static_cast<CKOVASMgrPort*>(manager)->Release();
+        return nullptr;
+    };
+    ASSERT_EQ(pthread_create(&thread, nullptr, release, &m_Manager), 0);
+    ASSERT_EQ(pthread_join(thread, nullptr), 0);
+    EXPECT_EQ(Ports().size(), 2u) << "the lock is free, and the release went no further";
+    EXPECT_EQ(m_Manager.GetPortState(1), 20053);
+    EXPECT_EQ(CountOf(NewLog(), "] ERRO:"), 0);
 }
 
 TEST_F(ReleaseTrouble, APortThatVanishesWhileTheReleaseWaitsIsClosed) {

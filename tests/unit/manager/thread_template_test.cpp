@@ -13,10 +13,10 @@ namespace {
 class Owner {
   public:
     virtual ~Owner() = default;
-    void Run() {
+    int Run() {
         m_Thread = std::this_thread::get_id();
         WaitUntil([this] { return m_bMayEnd.load(); });
-        ++m_nRuns;
+        return ++m_nRuns;
     }
     virtual int RunVirtual() { return ++m_nRuns; }
 
@@ -24,6 +24,8 @@ class Owner {
     std::atomic<int> m_nRuns{0};
     std::thread::id m_Thread; // read when the thread has ended
 };
+
+using Thread = JThreadT<Owner, int>;
 
 class DerivedOwner : public Owner {
   public:
@@ -34,7 +36,7 @@ class DerivedOwner : public Owner {
 
 TEST(OwnerThread, RunsTheMemberFunctionOfItsOwner) {
     Owner owner;
-    JThreadT<Owner, void> thread;
+    Thread thread;
     thread.SetTask(&owner, &Owner::Run);
     EXPECT_EQ(thread.Start(), 0);
     EXPECT_TRUE(thread.Stop());
@@ -44,7 +46,7 @@ TEST(OwnerThread, RunsTheMemberFunctionOfItsOwner) {
 
 TEST(OwnerThread, RunsAVirtualMemberFunction) {
     DerivedOwner owner;
-    JThreadT<Owner, int> thread;
+    Thread thread;
     thread.SetTask(&owner, &Owner::RunVirtual);
     EXPECT_EQ(thread.Start(), 0);
     EXPECT_TRUE(thread.Stop());
@@ -52,14 +54,14 @@ TEST(OwnerThread, RunsAVirtualMemberFunction) {
 }
 
 TEST(OwnerThread, WithoutAnOwnerEndsAtOnce) {
-    JThreadT<Owner, void> thread;
+    Thread thread;
     thread.SetTask(nullptr, &Owner::Run);
     EXPECT_EQ(thread.Start(), 0);
     EXPECT_TRUE(WaitUntil([&] { return !thread.IsRunning(); }));
 }
 
 TEST(OwnerThread, WithoutATaskEndsAtOnce) {
-    JThreadT<Owner, void> thread;
+    Thread thread;
     EXPECT_EQ(thread.Start(), 0);
     EXPECT_TRUE(WaitUntil([&] { return !thread.IsRunning(); }));
 }
@@ -67,7 +69,7 @@ TEST(OwnerThread, WithoutATaskEndsAtOnce) {
 TEST(OwnerThread, StartReturnsWhileTheMemberFunctionRuns) {
     Owner owner;
     owner.m_bMayEnd = false;
-    JThreadT<Owner, void> thread;
+    Thread thread;
     thread.SetTask(&owner, &Owner::Run);
     EXPECT_EQ(thread.Start(), 0);
     EXPECT_TRUE(thread.IsRunning());
@@ -76,7 +78,7 @@ TEST(OwnerThread, StartReturnsWhileTheMemberFunctionRuns) {
 }
 
 TEST(OwnerThread, StoppingOneThatNeverStartedDoesNothing) {
-    JThreadT<Owner, void> thread;
+    Thread thread;
     EXPECT_TRUE(thread.Stop());
     EXPECT_FALSE(thread.IsRunning());
 }
@@ -86,7 +88,7 @@ TEST(OwnerThread, ItsDestructorWaitsForTheEnd) {
     owner.m_bMayEnd = false;
     std::thread ender;
     {
-        JThreadT<Owner, void> thread;
+        Thread thread;
         thread.SetTask(&owner, &Owner::Run);
         ASSERT_EQ(thread.Start(), 0);
         ender = std::thread([&] {
@@ -100,7 +102,7 @@ TEST(OwnerThread, ItsDestructorWaitsForTheEnd) {
 
 TEST(OwnerThread, StartsAgainWhenItHasEnded) {
     Owner owner;
-    JThreadT<Owner, void> thread;
+    Thread thread;
     thread.SetTask(&owner, &Owner::Run);
     for (int run = 1; run <= 3; ++run) {
         EXPECT_EQ(thread.Start(), 0);

@@ -1,0 +1,140 @@
+# SPDX-License-Identifier: MIT
+"""What is promised. Each row: what, the tests that would break it, what the last run measured, limits."""
+import json
+
+from promise import Promise, Verdict
+
+ALL = ("release", "asan", "tsan")
+
+
+def _in(stages, pattern):
+    return [f"{stage}:{pattern}" for stage in stages]
+
+
+FAILURES = [
+    Promise("failures", "Whichever allocation fails, once or with all later ones: no crash, no lock left "
+            "held, no descriptor or thread lost, and the library can be released and initialised again",
+            _in(ALL, r"^EveryAllocation\."),
+            "{release:failures.allocations} allocations, each refused alone, and "
+            "{release:failures.allocations_and_all_later} with all later ones",
+            ["release:failures.allocations >= 20"]),
+    Promise("failures", "Whichever call of the adapter fails or throws: the same",
+            _in(ALL, r"^EveryAdapter(Call|Read)\."),
+            "{release:failures.adapter_calls} calls fail, {release:failures.adapter_calls_that_throw} throw, "
+            "{release:failures.adapter_reads} reads fail",
+            ["release:failures.adapter_calls >= 10"]),
+    Promise("failures", "A thread that cannot be started: the same", _in(ALL, r"^EveryThreadStart\."),
+            "{release:failures.thread_starts} starts", ["release:failures.thread_starts >= 1"]),
+    Promise("failures", "Whatever opening, writing or flushing the log fails, the disk being full included: "
+            "nothing is lost but log lines, and no result changes",
+            _in(ALL, r"^(EveryOpeningOfTheLog|EveryWriteOfTheLog|FullDisk)\."),
+            "{release:failures.log_calls} calls of the log, {release:failures.log_openings} openings",
+            ["release:failures.log_calls >= 10"]),
+]
+
+UNPLUG = [
+    Promise("unplug", "A device pulled out just before, during or just after an open, a write, a running read "
+            "callback, a close, a registration, an enumeration, a release: one notice each, no hang, no spin, "
+            "no leak, every handle accounted for; each interleaving fixed",
+            _in(ALL, r"/Unplugging\.|^UnpluggingAtTheEnd\."), "{release:unplug.cells_fake|last} interleavings",
+            ["release:unplug.cells_fake|last >= 21"]),
+    Promise("unplug", "The same on the kernel's terminals, at random moments",
+            _in(ALL, r"/UnpluggingTerminals\."), "{release:unplug.rounds} rounds of "
+            "{release:unplug.cells_terminals|last} kinds", ["release:unplug.cells_terminals|last >= 21"]),
+]
+
+CALLBACKS = [
+    Promise("callbacks", "Each function called from inside each kind of callback does what the header says",
+            _in(ALL, r"/InsideCallback\.|^StateRegistrationInsideAReadCallback\."),
+            "{release:callbacks.inside_calls|last} kinds of calls"),
+    Promise("callbacks", "Lists of callbacks may grow and shrink while they are walked",
+            _in(ALL, r"^CallbackListWalk\."),
+            "{release:callbacks.read_walks} and {release:callbacks.state_walks} random walks"),
+    Promise("callbacks", "After an un-registration, a close or a release has returned, no callback of it runs "
+            "or will run; random schedules, under the thread sanitizer",
+            _in(ALL, r"^(Read|State|Release)Silence\."), "{tsan:callbacks.rounds} rounds",
+            ["tsan:callbacks.rounds >= 10000"]),
+]
+
+MODEL = [
+    Promise("model", "Results, log lines, both lists, handles and the adapter's calls are those of a small model, "
+            "quirks included, whatever the sequence of arrivals, removals, opens and closes",
+            _in(ALL, r"/RandomSequences\."), "{release:model.sequences} sequences of {release:model.steps} steps",
+            ["release:model.sequences >= 100000"]),
+    Promise("model", "The same by the exported functions, with the read thread at work",
+            _in(ALL, r"/ThreadedSequences\."), "{release:model.threaded_sequences} sequences"),
+]
+
+FUZZING = [
+    Promise("fuzzing", text, [f"fuzz:^fuzz\\.{name}$", *_in(ALL, rf"^fuzz\.{name}\.corpus$")],
+            f"{{fuzz:fuzz.{name}.executions}} executions in {{fuzz:fuzz.{name}.seconds}} s")
+    for name, text in [
+        ("enumeration", "No enumeration record breaks the lists, whatever the adapter has written into it"),
+        ("api_sequence", "No sequence of calls and adapter answers differs from the model"),
+        ("log_format", "No text that reaches the log as a format reads foreign memory, and each is one bounded line"),
+        ("byte_search", "Byte search answers what a sliding comparison does, and reads nothing beside its bytes"),
+        ("scenario", "No scenario file harms the virtual adapter: each is read, or refused with a reason"),
+        ("sentence", "Nor does any sentence or control command"),
+    ]
+]
+
+SOAK = [
+    Promise("soak", "Under load, with devices coming and going and calls failing, no byte is lost, doubled or out "
+            "of order on the ports that stay", _in(ALL, r"^soak$"),
+            "{release:soak.bytes} bytes, {release:soak.notices} notices "
+            "({release:soak.notices_per_second} a second), {release:soak.faults} faults in "
+            "{release:soak.seconds} s; longest call {release:soak.longest_call_ms} ms",
+            ["release:soak.seconds >= 120", "release:soak.notices_per_second >= 90"]),
+    Promise("soak", "Memory, descriptors and threads stay flat", ["release:^soak$"],
+            "{release:soak.memory_growth_kb} kB, {release:soak.descriptors_growth} descriptors, "
+            "{release:soak.threads_growth} threads more at the end",
+            ["release:soak.descriptors_growth <= 0", "release:soak.threads_growth <= 0"]),
+]
+
+CODE = [
+    Promise("code", "Every line and every branch of the library is reached by its own tests",
+            ["coverage:"], "{coverage:coverage.lines_percent:1} % of {coverage:coverage.lines} lines, "
+            "{coverage:coverage.branches_percent:1} % of {coverage:coverage.branches} branches, "
+            "{coverage:coverage.exclusions} exclusions",
+            ["coverage:coverage.lines_percent >= 100", "coverage:coverage.branches_percent >= 100"]),
+    Promise("code", "The library's tests pass under the address, leak and undefined-behaviour sanitizers",
+            ["asan:.", "asan:"]),
+    Promise("code", "and under the thread sanitizer", ["tsan:.", "tsan:"]),
+    Promise("code", "Hosts' tests pass under valgrind, without a definite leak", ["valgrind:.", "valgrind:"]),
+    Promise("code", "clang-format, clang-tidy and cppcheck find nothing", ["lint:"]),
+    Promise("code", "The Linux adapter works on a real kernel", ["kernel:^real_kernel"]),
+]
+
+
+def of_speed(root, stages):
+    """What bench/prove has judged."""
+    measured = root / "build/release/bench/performance.json"
+    if "speed" not in stages:
+        return []
+    rows = json.loads(measured.read_text())["promises"] if measured.exists() else []
+    verdicts = []
+    for row in rows:
+        bound = f"{'at most' if row['is_most'] else 'at least'} {row['limit']:g} {row['unit']}"
+        verdicts.append(Verdict(Promise("speed", row["what"], []),
+                                f"{row['measured']:.4g} {row['unit']}, promised {bound}",
+                                [] if row["held"] else ["missed"]))
+    return verdicts or [Verdict(Promise("speed", "Speed", []), "", ["bench/prove has left nothing"])]
+
+
+def groups():
+    return ["failures", "unplug", "callbacks", "model", "fuzzing", "soak", "code"]
+
+
+def shown_by(stages):
+    """The promises that need no other stages than these."""
+    everything = [*FAILURES, *UNPLUG, *CALLBACKS, *MODEL, *FUZZING, *SOAK, *CODE]
+    return [promise for promise in everything if promise.stages() <= set(stages)]
+
+
+def table(verdicts):
+    lines = []
+    for verdict in verdicts:
+        lines.append(f"{'held  ' if verdict.is_held else 'BROKEN'}  {verdict.promise.text}")
+        for text in filter(None, [verdict.figure, *verdict.reasons]):
+            lines.append(f"        {text}")
+    return "\n".join(lines)

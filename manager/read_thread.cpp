@@ -61,6 +61,7 @@ void CKOVASMgrPort::DeliverData(size_t index, char* data, int length) {
     const int32_t portID = m_stPreparedPorts[index].nPortID;
     size_t stays = m_stPreparedPorts[index].vecReadCallbacks.size();
     for (size_t k = 0; m_bReadThreadRun != 0;) {
+        // cppcheck-suppress containerOutOfBounds ; the port is there: its going ends the walk
         const auto& callbacks = m_stPreparedPorts[index].vecReadCallbacks;
         if (k >= callbacks.size()) {
             return;

@@ -3,7 +3,6 @@
 
 #include <dlfcn.h>
 #include <pthread.h>
-#include <sys/resource.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -12,6 +11,7 @@
 #include <stdexcept>
 #include <string>
 
+#include "bench/descriptor_limit.h"
 #include "bench/terminal_adapter.h"
 
 namespace {
@@ -40,14 +40,6 @@ template <typename Function> Function Resolve(void* library, const char* name) {
 
 void OpenPort(int port) {
     Need(KOVAMGR_Open(port) == KOVAMGR_OK, "a port does not open; see KOVASMgr.log");
-}
-
-// A port has two descriptors.
-void RaiseDescriptorLimit() {
-    rlimit limit{};
-    getrlimit(RLIMIT_NOFILE, &limit);
-    limit.rlim_cur = limit.rlim_max;
-    setrlimit(RLIMIT_NOFILE, &limit);
 }
 
 } // namespace

@@ -170,6 +170,7 @@ typedef void (*KOVAMGR_DEV_STATE_CALLBACK)(_KOVAMGR_DEV_STATE_TYPE_ state);
  *                        the log there
  *   KOVAMGR_ERR_OSADAPT  the adapter is missing, incomplete or refuses to notify, the read thread
  *                        did not start, or memory ran out; nothing stays behind but the log file
+ *                        (a second call that runs out of memory leaves the first one's work alone)
  *   KOVAMGR_OK           initialised
  *
  * Threads: one thread, while no other is inside the library. Not from a callback; called there all

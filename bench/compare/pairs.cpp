@@ -3,23 +3,13 @@
 
 #include <fcntl.h>
 #include <stdlib.h>
-#include <sys/resource.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstring>
 #include <stdexcept>
 
-namespace {
-
-void RaiseDescriptorLimit() {
-    rlimit limit{};
-    getrlimit(RLIMIT_NOFILE, &limit);
-    limit.rlim_cur = limit.rlim_max;
-    setrlimit(RLIMIT_NOFILE, &limit);
-}
-
-} // namespace
+#include "bench/descriptor_limit.h"
 
 void FailWithErrno(const std::string& what) {
     throw std::runtime_error(what + ": " + std::strerror(errno));

@@ -132,9 +132,11 @@ def shown_by(stages):
 
 
 def table(verdicts):
+    """Promise, tests, figure, and why it is broken."""
     lines = []
     for verdict in verdicts:
         lines.append(f"{'held  ' if verdict.is_held else 'BROKEN'}  {verdict.promise.text}")
-        for text in filter(None, [verdict.figure, *verdict.reasons]):
+        shown_by = verdict.promise.shown_by().replace("`", "")
+        for text in filter(None, [shown_by, verdict.figure, *verdict.reasons]):
             lines.append(f"        {text}")
     return "\n".join(lines)

@@ -39,7 +39,8 @@ class Subproject(unittest.TestCase):
         return (self.directory / "build" / name).read_text(encoding="utf-8")
 
     def test_has_the_library_alone(self):
-        self.assertEqual(["Common", "KOVASMgr", "kovasmgr_build_settings", "kovasmgr_objects"],
+        self.assertEqual(["Common", "KOVASMgr", "kovasmgr_build_settings", "kovasmgr_coverage",
+                          "kovasmgr_objects"],
                          sorted(self.told("targets").split(";")))
         self.assertEqual(("", ""), (self.told("tests"), self.told("rooms")))
 

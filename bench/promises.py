@@ -92,6 +92,9 @@ def _of_life(own):
 
 
 def _of_hot_plug(notices):
+    if not notices:
+        yield Promise("hot-plug notices: not measured", "hot_plug_measured", 0, 1, "",
+                      is_most=False)
     for what, _, p99, _ in notices:
         name = re.sub(r"[^a-z]+", "_", what.lower()).strip("_")
         yield Promise(f"{what}, p99", f"{name}_p99_ms", p99, 50, "ms")

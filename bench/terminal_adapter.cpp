@@ -8,6 +8,7 @@
 #include <fcntl.h>
 #include <stdlib.h>
 
+#include <atomic>
 #include <cerrno>
 #include <stdexcept>
 #include <vector>
@@ -21,6 +22,7 @@ namespace {
 int g_Devices = 0;
 int g_PortsEach = 0;
 std::vector<UniqueFd>* g_FarEnds = nullptr;
+std::atomic<long> g_Reads{0}; // written by the read thread only
 
 [[noreturn]] void Fail(const std::string& what, int error) {
     throw std::runtime_error(what + ": " + ErrnoText(error) +
@@ -90,3 +92,10 @@ void TerminalAdapter_SetTable(int devices, int portsEach) {
 }
 
 int TerminalAdapter_FarEnd(int port) { return g_FarEnds->at(static_cast<size_t>(port)).Get(); }
+
+long TerminalAdapter_Reads() { return g_Reads; }
+
+int OS_ADAPT_Read(int handle, void* buffer, long size, long* read) {
+    g_Reads.store(g_Reads.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
+    return TerminalAdapter_Read(handle, buffer, size, read);
+}

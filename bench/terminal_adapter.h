@@ -12,6 +12,12 @@ KOVASMGR_API void TerminalAdapter_SetTable(int devices, int portsEach);
 /// The descriptor of a port's far end, in non-blocking mode; ports count from 0. After the first
 /// use.
 KOVASMGR_API int TerminalAdapter_FarEnd(int port);
+
+/// How many calls of OS_ADAPT_Read there have been, also those that found nothing.
+KOVASMGR_API long TerminalAdapter_Reads();
+
+/// What OS_ADAPT_Read is in other adapters; here that counts as well.
+KOVASMGR_API int TerminalAdapter_Read(int handle, void* buffer, long size, long* read);
 }
 
 #endif

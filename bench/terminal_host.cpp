@@ -87,6 +87,10 @@ int TerminalHost::FarEnd(int port) const {
                                                       "TerminalAdapter_FarEnd")(port - 1);
 }
 
+long TerminalHost::Reads() const {
+    return Resolve<decltype(&TerminalAdapter_Reads)>(m_Adapter, "TerminalAdapter_Reads")();
+}
+
 void TerminalHost::CloseAllButFirst() const {
     for (int port = 2; port <= m_Ports; ++port) {
         KOVAMGR_Close(port);

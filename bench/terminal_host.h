@@ -31,6 +31,9 @@ class TerminalHost {
     /// The descriptor of a port's far end, in non-blocking mode.
     int FarEnd(int port) const;
 
+    /// How often a port was read, of all ports together, also where there was nothing to read.
+    long Reads() const;
+
     void CloseAllButFirst() const;
     void OpenAllButFirst() const;
 

@@ -4,8 +4,10 @@
 //
 // How many bytes a second arrive at the read callbacks while every far end sends as fast as its
 // terminal takes it, beside the ceiling that the sweeps set: a read of every port in each, as large
-// as the largest that a terminal gave. Every byte is compared. Sweeps are counted as the deliveries of the port that had
-// most.
+// as the largest that a terminal gave. Every byte is compared. What counts is every call of the
+// adapter's read, so that a read which finds nothing is one that was missed. Reads and bytes are
+// counted by the read thread itself, between two deliveries of the first port: what lies between
+// them are whole sweeps, with the bytes of these and no others.
 #include <poll.h>
 #include <unistd.h>
 
@@ -29,17 +31,37 @@ using Clock = std::chrono::steady_clock;
 // Written by the read thread only.
 std::atomic<size_t> g_Bytes{0};
 std::atomic<size_t> g_LargestRead{0};
-std::array<std::atomic<long>, PortCallbacks::kMost> g_Deliveries{};
 std::array<NumberedBytes, PortCallbacks::kMost> g_Expected;
 std::atomic<bool> g_AreWrong{false};
+
+struct Counts {
+    long reads = 0;
+    size_t bytes = 0;
+    Clock::time_point time;
+};
+
+const TerminalHost* g_Host = nullptr;
+Counts g_Counts;
+std::atomic<bool> g_AreCountsWanted{false}; // they are there as soon as it is false again
 
 void Take(size_t port, const void* data, size_t length) {
     if (!g_Expected[port].Expect(data, length)) {
         g_AreWrong = true;
     }
-    g_Deliveries[port] = g_Deliveries[port] + 1;
     g_Bytes = g_Bytes + length;
     g_LargestRead = std::max<size_t>(g_LargestRead, length);
+    if (port == 0 && g_AreCountsWanted) {
+        g_Counts = Counts{g_Host->Reads(), g_Bytes, Clock::now()};
+        g_AreCountsWanted = false;
+    }
+}
+
+Counts Count() {
+    g_AreCountsWanted = true;
+    while (g_AreCountsWanted) {
+        usleep(100);
+    }
+    return g_Counts;
 }
 
 // @return how many the terminals took
@@ -66,16 +88,6 @@ size_t SendUntil(const std::atomic<bool>& isEnding, const TerminalHost& host) {
     return sent;
 }
 
-std::vector<long> Deliveries() { return {g_Deliveries.begin(), g_Deliveries.end()}; }
-
-long LargestDifference(const std::vector<long>& after, const std::vector<long>& before) {
-    long largest = 0;
-    for (size_t i = 0; i < after.size(); ++i) {
-        largest = std::max(largest, after[i] - before[i]);
-    }
-    return largest;
-}
-
 // What was taken and does not arrive within a moment is lost.
 size_t Lost(size_t sent) {
     for (int i = 0; i < 500 && g_Bytes < sent; ++i) {
@@ -86,17 +98,16 @@ size_t Lost(size_t sent) {
 
 void Measure(const TerminalHost& host, int seconds) {
     std::this_thread::sleep_for(std::chrono::milliseconds(300)); // the terminals are full
-    const size_t bytesBefore = g_Bytes;
-    const std::vector<long> deliveriesBefore = Deliveries();
-    const auto start = Clock::now();
+    const Counts before = Count();
     std::this_thread::sleep_for(std::chrono::seconds(seconds));
-    const auto bytes = static_cast<double>(g_Bytes - bytesBefore);
-    const auto sweeps = static_cast<double>(LargestDifference(Deliveries(), deliveriesBefore));
-    const double passed = std::chrono::duration<double>(Clock::now() - start).count();
-    const double ceiling = sweeps * static_cast<double>(g_LargestRead) * host.Ports();
+    const Counts after = Count();
+    const auto bytes = static_cast<double>(after.bytes - before.bytes);
+    const auto reads = static_cast<double>(after.reads - before.reads);
+    const double passed = std::chrono::duration<double>(after.time - before.time).count();
+    const double ceiling = reads * static_cast<double>(g_LargestRead);
     std::printf("throughput manager ports=%d bytes_per_second=%.0f sweeps_per_second=%.2f "
                 "largest_read=%zu ceiling=%.0f of_ceiling=%.3f",
-                host.Ports(), bytes / passed, sweeps / passed, g_LargestRead.load(),
+                host.Ports(), bytes / passed, reads / host.Ports() / passed, g_LargestRead.load(),
                 ceiling / passed, bytes / ceiling);
 }
 
@@ -105,6 +116,7 @@ void Measure(const TerminalHost& host, int seconds) {
 int main(int count, char** arguments) {
     try {
         const TerminalHost host(NumberArgument(count, arguments, 1, 1));
+        g_Host = &host;
         PortCallbacks::Register(static_cast<size_t>(host.Ports()), Take);
         std::atomic<bool> isEnding{false};
         size_t sent = 0;

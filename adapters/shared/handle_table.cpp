@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "adapters/shared/cancel_shield.h"
+
 using Lock = std::lock_guard<std::mutex>;
 
 // What is let go is declared before the lock: it is destroyed after it.
@@ -23,11 +25,10 @@ int HandleTable::Add(const std::string& portName, Terminal terminal) {
     m_Readiness.Watch(handle, descriptor);
     GiveSeat(handle, descriptor);
     DropPort(portName, handle, dropped);
+    SeeOff(dropped);
     return handle;
 }
 
-// Also where a host ends up with a dead handle again and again: whoever was inside when it died, and
-// left without noticing, is seen off here.
 HandleTable::Found HandleTable::Find(int handle) {
     Terminals left;
     const Lock lock(m_Mutex);
@@ -144,7 +145,9 @@ bool HandleTable::TakeSeatAway(int handle) {
     return seat.isTaken;
 }
 
+// Shielded: terminals are closed here.
 void HandleTable::LetLeaversGo() {
+    const CancelShield shield;
     Terminals left;
     const Lock lock(m_Mutex);
     SeeOff(left);
@@ -155,13 +158,17 @@ void HandleTable::SeeOff(Terminals& left) {
     const auto isTaken = [](const Seat& seat) { return seat.isTaken.load(); };
     if (!m_Leavers.empty() && std::none_of(m_Seats.begin(), m_Seats.end(), isTaken)) {
         left.splice(left.end(), m_Leavers);
+        m_HasLeavers = false;
     }
 }
 
+// Who leaves the seat after it was looked at finds the flag set, and waits for the lock.
 void HandleTable::Detach(Entries::value_type& entry, Terminals& detached) {
     m_Readiness.Forget(entry.first);
+    m_HasLeavers = true;
     Terminals& destination = TakeSeatAway(entry.first) ? m_Leavers : detached;
     destination.splice(destination.end(), entry.second.terminal);
+    m_HasLeavers = !m_Leavers.empty();
 }
 
 void HandleTable::DropPort(const std::string& portName, int except, Terminals& dropped) {

@@ -53,9 +53,7 @@ class HandleTable {
             call(seat.descriptor.load(std::memory_order_relaxed));
         }
         seat.isTaken.store(false, std::memory_order_release);
-        if (isOpen && seat.handle != handle) {
-            LetLeaversGo();
-        }
+        LetLeaversGoIfAny();
         return isOpen;
     }
 
@@ -68,7 +66,10 @@ class HandleTable {
     /// Whether the port is open and the kernel has said, a moment ago, that there is nothing to
     /// read. Made for being asked of all handles in turn: allocates, copies and locks nothing, and
     /// one system call serves them all.
-    bool IsIdle(int handle) { return m_Readiness.IsIdle(handle); }
+    bool IsIdle(int handle) {
+        LetLeaversGoIfAny();
+        return m_Readiness.IsIdle(handle);
+    }
 
     /// Removes a handle, dead or alive.
     /// @return false when there is no such handle.
@@ -122,12 +123,24 @@ class HandleTable {
 
     void GiveSeat(int handle, int descriptor);
     bool TakeSeatAway(int handle);
+
+    // Whoever leaves its seat may see too early that nobody waits for that: a processor may look
+    // ahead of its own stores, and making it wait would cost as much as taking the seat. So every
+    // asking looks as well: what was missed is let go by the host's next sweep, or its next call
+    // when it has no port left to ask.
+    void LetLeaversGoIfAny() {
+        if (m_HasLeavers.load(std::memory_order_relaxed)) {
+            LetLeaversGo();
+        }
+    }
+
     void LetLeaversGo();
     void SeeOff(Terminals& left);
     void Detach(Entries::value_type& entry, Terminals& detached);
     void DropPort(const std::string& portName, int except, Terminals& dropped);
 
-    Readiness m_Readiness; // of the entries with a terminal
+    Readiness m_Readiness;                 // of the entries with a terminal
+    std::atomic<bool> m_HasLeavers{false}; // or may have in a moment
     std::array<Seat, kSeats> m_Seats;
 
     mutable std::mutex m_Mutex; // guards everything below

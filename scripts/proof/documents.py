@@ -51,15 +51,15 @@ def _renew(path, blocks):
     path.write_text(text, encoding="utf-8")
 
 
-def renew(root, seen, verdicts):
+def renew(root, results, seen, verdicts):
     """Of one run of all stages. Plots are renewed as well."""
     blocks = {f"promises of {group}": _promise_rows(verdicts, group) for group in promises.groups()}
     _renew(root / _RELIABILITY, {"run": _run(seen, verdicts), "stages": _stage_rows(seen), **blocks})
 
     sys.path.insert(0, str(root / "bench"))
     import tables  # of the benchmarks' own room
-    measured = json.loads((root / "build/release/bench/performance.json").read_text())
+    measured = json.loads((results / "performance.json").read_text())
     _renew(root / _PERFORMANCE, {
         "run": _run(seen, [verdict for verdict in verdicts if verdict.promise.group == "speed"]),
         **{name: [text] for name, text in tables.markdown(measured).items()}})
-    subprocess.run([root / "bench" / "plots"], cwd=root, check=True)
+    subprocess.run([root / "bench" / "plots", results / "performance.json"], cwd=root, check=True)

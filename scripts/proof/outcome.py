@@ -17,6 +17,7 @@ class Tests:
 class Seen:
     date: str
     machine: str
+    is_long: bool
     stages: dict  # name -> title, seconds, status, failed
     figures: dict  # stage -> name -> values in the order seen
     tests: dict  # stage -> [(name, "run", "fail" or "notrun")]
@@ -60,7 +61,7 @@ def read(results, names):
     """The last run's, of these stages; a stage that did not run is missing."""
     report = json.loads((results / "run.json").read_text())
     ran = [name for name in names if name in report["stages"]]
-    return Seen(report["date"], report["machine"], {name: report["stages"][name] for name in ran},
+    return Seen(report["date"], report["machine"], report["long"], {name: report["stages"][name] for name in ran},
                 {name: _figures(results / f"{name}.jsonl") for name in ran},
                 {name: _tests(results / f"{name}.xml") for name in ran})
 

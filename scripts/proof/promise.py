@@ -47,8 +47,9 @@ class Promise:
         for shown_by in self.tests:
             stage, pattern = shown_by.split(":", 1)
             if not pattern:
-                if seen.stages[stage]["status"] != 0:
-                    yield f"{stage}: {seen.stages[stage]['failed']} failed"
+                ran = seen.stages.get(stage, {"status": 1, "failed": "it was not run"})
+                if ran["status"] != 0:
+                    yield f"{stage}: {ran['failed']}"
                 continue
             counts = seen.tests_of(stage, pattern)
             if counts.failed:
@@ -75,10 +76,12 @@ class Promise:
                     reasons.append(missing)
                 return "?"
             return f"{value:,.{match[3] or 0}f}"
-        passed = sum(seen.tests_of(*shown_by.split(":", 1)).passed
-                     for shown_by in self.tests if not shown_by.endswith(":"))
+        counts = [seen.tests_of(*shown_by.split(":", 1)) for shown_by in self.tests if shown_by[-1] != ":"]
+        passed, skipped = sum(each.passed for each in counts), sum(each.skipped for each in counts)
         parts = [_PLACEHOLDER.sub(replace, self.figure)] if self.figure else []
-        return "; ".join([*parts, f"{passed:,} tests passed"] if passed else parts)
+        parts += [f"{passed:,} tests passed"] if passed else []
+        parts += [f"{skipped:,} skipped"] if skipped else []
+        return "; ".join(parts)
 
     def shown_by(self):
         """"AllocationSweep.* (release, asan)" """

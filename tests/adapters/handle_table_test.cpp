@@ -3,11 +3,15 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
+#include <array>
 #include <atomic>
 #include <functional>
+#include <stdexcept>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "tests/adapters/watched_descriptors.h"
@@ -19,6 +23,22 @@ namespace {
 UniqueFd Master() { return UniqueFd(posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC | O_NONBLOCK)); }
 
 std::shared_ptr<OpenTerminal> Terminal() { return std::make_shared<OpenTerminal>(Master()); }
+
+// With a number of its own, which no later one gets.
+std::shared_ptr<OpenTerminal> Pipe() {
+    int ends[2] = {-1, -1};
+    if (pipe2(ends, O_CLOEXEC | O_NONBLOCK) != 0) {
+        throw std::runtime_error("no pipe");
+    }
+    const UniqueFd unused(ends[1]);
+    return std::make_shared<OpenTerminal>(UniqueFd(ends[0]));
+}
+
+// 0 when it is not open.
+ino_t NumberOf(int descriptor) {
+    struct stat facts {};
+    return fstat(descriptor, &facts) == 0 ? facts.st_ino : 0;
+}
 
 // While it is let go, another thread uses the table.
 class SlowTerminal : public OpenTerminal {
@@ -232,26 +252,54 @@ TEST_F(HandleTableTest, AHandleWithoutASeatIsFoundAllTheSame) {
     EXPECT_TRUE(m_Table.RunInside(first, [](int) {}));
 }
 
-// Terminals go while another thread's calls are inside: each is closed, and none is while it is in use.
-TEST_F(HandleTableTest, TerminalsGoWhileCallsAreInside) {
+TEST_F(HandleTableTest, WhatACallWasInsideIsClosedByWhoeverLeavesLast) {
     const size_t before = OpenDescriptors();
+    const int handle = m_Table.Add("a", Terminal());
+    const int other = m_Table.Add("b", Terminal());
+    m_Table.RunInside(other, [&](int) {
+        m_Table.RunInside(handle, [&](int) { m_Table.Kill(handle); });
+        EXPECT_EQ(before + 3, OpenDescriptors()); // the kernel's set is one
+    });
+    EXPECT_EQ(before + 2, OpenDescriptors());
+}
+
+// Terminals go while another thread's calls are inside: each call stays on the one that it entered, and
+// a host that goes on reading finds all of them closed in the end.
+TEST_F(HandleTableTest, TerminalsGoWhileCallsAreInside) {
+    constexpr int kRounds = 2000;
+    const size_t before = OpenDescriptors();
+    std::array<std::atomic<ino_t>, kRounds + 1> numbers{}; // by handle
     std::atomic<int> handle{0};
     std::atomic<bool> isEnding{false};
-    std::atomic<int> closed{0};
+    std::atomic<int> inside{0};
+    std::atomic<int> strange{0};
     std::thread calling([&] {
         while (!isEnding) {
-            m_Table.RunInside(handle, [&](int descriptor) {
-                closed += fcntl(descriptor, F_GETFD) == -1 ? 1 : 0;
+            const int current = handle;
+            m_Table.RunInside(current, [&](int descriptor) {
+                ++inside;
+                std::this_thread::yield();
+                const ino_t number = numbers[static_cast<size_t>(current)];
+                strange += NumberOf(descriptor) == number ? 0 : 1;
             });
         }
     });
-    for (int i = 0; i < 2000; ++i) {
-        handle = m_Table.Add("a", Terminal());
+    for (int i = 0; i < kRounds; ++i) {
+        auto terminal = Pipe();
+        const int seen = inside;
+        numbers[static_cast<size_t>(i) + 1] = NumberOf(terminal->Descriptor());
+        handle = m_Table.Add("a", std::move(terminal));
+        while (inside == seen) {
+            std::this_thread::yield();
+        }
         m_Table.Kill(handle);
     }
     isEnding = true;
     calling.join();
-    m_Table.KillAll();
-    EXPECT_EQ(0, closed);
-    EXPECT_EQ(before, OpenDescriptors());
+    EXPECT_LE(kRounds, inside);
+    EXPECT_EQ(0, strange);
+    EXPECT_TRUE(WaitUntil([&] {
+        m_Table.IsIdle(handle);
+        return OpenDescriptors() == before;
+    }));
 }

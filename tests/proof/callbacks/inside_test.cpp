@@ -16,6 +16,12 @@ namespace {
 
 class InsideCallback : public HostTest, public testing::WithParamInterface<InsideCall> {
   protected:
+    void TearDown() override {
+        if (!HasFailure()) {
+            NoteFigure("callbacks.inside_calls", 1);
+        }
+    }
+
     void Start() {
         InitWith(FakeDevices().Device("Modem").Port("COM1").Port("COM2"));
         for (const KOVAMGR_READ_CALLBACK cb : {OnRead<1>, OnRead<2>}) {
@@ -93,11 +99,7 @@ TEST_P(InsideCallback, OfANoticeACallReturnsWhatItShouldAndEverythingGoesOn) {
 INSTANTIATE_TEST_SUITE_P(EveryFunction, InsideCallback, testing::ValuesIn(InsideCalls()),
                          NameOfParameter);
 
-TEST(InsideCalls, AreMadeFromBothKindsOfCallback) {
-    const std::size_t calls = InsideCalls().size();
-    EXPECT_GE(calls, 30U);
-    NoteFigure("callbacks.inside_calls", static_cast<double>(2 * calls));
-}
+TEST(InsideCalls, AreMadeFromBothKindsOfCallback) { EXPECT_GE(InsideCalls().size(), 30U); }
 
 namespace {
 

@@ -9,7 +9,7 @@
 namespace {
 
 // Reads go on for as long as a port is open; the later ones are like the first.
-constexpr Reach kFirstReads{16, 1};
+constexpr Reach kFirstReads{1, 16};
 
 // Once, and from then on.
 double SweepBothWays(Trouble trouble, const Reach& reach = {}) {

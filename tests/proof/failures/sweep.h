@@ -2,12 +2,15 @@
 #ifndef KOVASMGR_TESTS_PROOF_FAILURES_SWEEP_H
 #define KOVASMGR_TESTS_PROOF_FAILURES_SWEEP_H
 
+#include <optional>
+
 #include "tests/proof/failures/fault.h"
 
 /// Which events a sweep looks at.
 struct Reach {
-    long most = 2000; ///< runs; for events of which there are ever more while time passes
-    long every = 1;   ///< leaves out the ones between
+    long every = 1; ///< leaves out the ones between
+    /// Runs, for events of which there are ever more while time passes. The others have an end.
+    std::optional<long> most{};
 };
 
 /// Runs the script with the first event of this kind failing, then with the second, and so on until

@@ -42,6 +42,9 @@ struct Cell {
 
     /// Whether the port is still there for the operation.
     bool HasPort() const { return moment == Moment::kBefore || moment == Moment::kUnderWay; }
+
+    /// Whether it is chance, without gates, what comes first.
+    bool IsRace() const { return moment == Moment::kUnderWay || moment == Moment::kDuringRescan; }
 };
 
 /// "OpenDuringTheRescanOfThePullOutOfADevice"

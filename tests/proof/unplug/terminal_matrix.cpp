@@ -10,13 +10,14 @@
 #include "tests/proof/unplug/bounded_thread.h"
 #include "tests/proof/unplug/host_operation.h"
 #include "tests/proof/unplug/terminal_callbacks.h"
-#include "tests/proof/unplug/terminals.h"
 
 namespace {
 
 using Time = StartLine::Time;
 
 constexpr Time kMillisecond{1000};
+
+const PortsOfDevices kAllDevices{{"mine", {"mine-0"}}, {"other", {"other-0", "other-1"}}};
 
 } // namespace
 
@@ -59,6 +60,7 @@ void TerminalMatrix::Use() {
 }
 
 void TerminalMatrix::Collide() {
+    m_PullOutsBefore = TerminalNotices::Get().pullOuts;
     if (m_Cell.moment == Moment::kAfter) {
         PullOut();
         StartLine::Pass(Random(Time(0), kMillisecond));
@@ -128,10 +130,11 @@ void TerminalMatrix::Operate() {
     if (m_Cell.operation == Operation::kReceive) {
         m_Far->Send("data");
     } else if (m_Cell.operation == Operation::kEnumerate) {
-        IdOf("other-0");
+        m_Result = Enumerate(m_Devices);
     } else {
         m_Result = Perform(m_Cell.operation, {m_Other, OnData, OnSecondData, OnSecondNotice});
     }
+    m_WasTold = TerminalNotices::Get().pullOuts > m_PullOutsBefore;
 }
 
 // A port that is gone from the system and not yet from the library's list fails in the adapter.
@@ -147,9 +150,36 @@ bool TerminalMatrix::EndedWell() const {
     case Operation::kUnRegister:
         return m_Result == KOVAMGR_ERR_PARAM || (isKnown && m_Result == KOVAMGR_OK);
     case Operation::kReceive:
-    case Operation::kEnumerate:
         return true;
+    case Operation::kEnumerate:
+        return m_Result == KOVAMGR_OK &&
+               (m_Devices == DevicesWithout() || (isKnown && m_Devices == kAllDevices));
     default:
         return m_Result == KOVAMGR_OK;
     }
+}
+
+bool TerminalMatrix::CameFirst() const {
+    switch (m_Cell.operation) {
+    case Operation::kOpen:
+    case Operation::kRegister:
+    case Operation::kUnRegister:
+        return m_Result == KOVAMGR_OK;
+    case Operation::kWrite:
+        return m_Result == 5;
+    case Operation::kEnumerate:
+        return m_Devices == kAllDevices;
+    default:
+        return !m_WasTold;
+    }
+}
+
+PortsOfDevices TerminalMatrix::DevicesWithout() const {
+    PortsOfDevices devices = kAllDevices;
+    if (m_Cell.gone == Gone::kDevice) {
+        devices.erase("other");
+    } else {
+        devices["other"].erase("other-0");
+    }
+    return devices;
 }

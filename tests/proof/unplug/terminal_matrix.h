@@ -5,12 +5,14 @@
 #include <chrono>
 #include <memory>
 #include <random>
+#include <string>
 
 #include "tests/adapters/control_client.h"
 #include "tests/adapters/far_program.h"
 #include "tests/adapters/virtual_bench.h"
 #include "tests/proof/unplug/cell.h"
 #include "tests/proof/unplug/start_line.h"
+#include "tests/proof/unplug/terminals.h"
 
 /// One cell on real terminals: device "mine" with the port "mine-0" stays, "other" with "other-0"
 /// and "other-1" is pulled out, or its first port is. Far ends are programs that have opened the
@@ -42,6 +44,10 @@ class TerminalMatrix : public VirtualBench, public testing::WithParamInterface<C
     /// Whether the operation ended as it may, with the port there or not.
     bool EndedWell() const;
 
+    /// Whether it came before the pull-out: it has found the port there, or, where its result does
+    /// not tell, had ended before the host was told.
+    bool CameFirst() const;
+
     const Cell& m_Cell = GetParam();
     int m_Mine = -1;
     int m_Other = -1;
@@ -56,10 +62,14 @@ class TerminalMatrix : public VirtualBench, public testing::WithParamInterface<C
     void CollideWithDelivery();
     void Operate();
     std::string CommandFor(const char* device, const char* port) const;
+    PortsOfDevices DevicesWithout() const;
 
     std::mt19937 m_Random;
     StartLine::Time m_PullTime{10000}; // how long a pull-out takes until the host was told
     std::unique_ptr<ControlClient> m_Client;
+    int m_PullOutsBefore = 0;
+    bool m_WasTold = false;   // when the operation had ended
+    PortsOfDevices m_Devices; // as it has found them
 };
 
 #endif

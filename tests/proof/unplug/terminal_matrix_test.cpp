@@ -28,6 +28,24 @@ int RoundsOf(const Cell& cell) { return cell.operation == Operation::kRelease ? 
 
 class UnpluggingTerminals : public TerminalMatrix {
   protected:
+    void TearDown() override {
+        if (HasFailure()) {
+            return;
+        }
+        NoteFigure("unplug.cells_terminals", 1);
+        NoteFigure("unplug.rounds", m_Rounds);
+        if (m_Cell.IsRace()) {
+            NoteFigure("unplug.terminal_outcomes_before", m_RoundsFirst);
+            NoteFigure("unplug.terminal_outcomes_after", m_Rounds - m_RoundsFirst);
+        }
+    }
+
+    void ExpectGoodEnd() {
+        EXPECT_TRUE(EndedWell()) << m_Result;
+        ++m_Rounds;
+        m_RoundsFirst += CameFirst() ? 1 : 0;
+    }
+
     // Waits, as what is closed by another thread takes a moment.
     static void ExpectTerminalDescriptors(std::size_t count) {
         EXPECT_TRUE(WaitUntil([&] { return TerminalDescriptors() == count; }))
@@ -79,7 +97,7 @@ class UnpluggingTerminals : public TerminalMatrix {
         ASSERT_FALSE(HasFatalFailure());
         Collide();
         EXPECT_EQ(m_Reply, "ok");
-        EXPECT_TRUE(EndedWell()) << m_Result;
+        ExpectGoodEnd();
         ExpectNotices(round + 1, round);
         EXPECT_EQ(m_Notices.deliveries, ExpectsDelivery() ? round : 0);
         ExpectGone();
@@ -120,7 +138,7 @@ class UnpluggingTerminals : public TerminalMatrix {
             Collide();
             const int told = m_Notices.pullOuts;
             EXPECT_TRUE(m_Cell.moment == Moment::kAfter ? told == 1 : told <= 1) << told;
-            EXPECT_TRUE(EndedWell()) << m_Result;
+            ExpectGoodEnd();
             Leave();
             EXPECT_EQ(m_Notices.pullOuts, told);
             EXPECT_EQ(TerminalDescriptors(), 0U);
@@ -130,6 +148,8 @@ class UnpluggingTerminals : public TerminalMatrix {
     const std::size_t m_Threads = SettledThreads();
     const std::size_t m_Descriptors = OpenDescriptors();
     TerminalNotices& m_Notices = TerminalNotices::Get();
+    int m_Rounds = 0;
+    int m_RoundsFirst = 0; // in which the operation came before the pull-out
 };
 
 std::string NameOfParameter(const testing::TestParamInfo<Cell>& info) { return NameOf(info.param); }
@@ -149,10 +169,4 @@ INSTANTIATE_TEST_SUITE_P(OfTheKernel, UnpluggingTerminals, testing::ValuesIn(Cel
 
 TEST(UnplugMatrix, OfTerminalsHasEachOperationAtEachMoment) {
     EXPECT_EQ(Cells().size(), 10U * 4U * 2U);
-    int rounds = 0;
-    for (const Cell& cell : Cells()) {
-        rounds += RoundsOf(cell);
-    }
-    NoteFigure("unplug.cells_terminals", static_cast<double>(Cells().size()));
-    NoteFigure("unplug.rounds", rounds);
 }

@@ -31,3 +31,16 @@ int IdOf(const std::string& portName) {
     }
     return -1;
 }
+
+int Enumerate(PortsOfDevices& devices) {
+    const auto list = std::make_unique<_KOVAMGR_DEVICEINFOLIST>();
+    const int result = KOVAMGR_EnumeratePortInfo(list.get());
+    devices.clear();
+    for (uint32_t device = 0; device < list->nDeviceCount; ++device) {
+        auto& ports = devices[list->stDevice[device].szDeviceName];
+        for (uint32_t port = 0; port < list->stDevice[device].nPortCount; ++port) {
+            ports.insert(list->stDevice[device].stPort[port].szPortName);
+        }
+    }
+    return result;
+}

@@ -91,15 +91,15 @@ FUZZING = [
 
 SOAK = [
     Promise("soak", "Under load, with devices coming and going and calls failing, no byte is lost, doubled or out "
-            "of order on the ports that stay", _in(ALL, r"^soak$"),
-            "{release:soak.bytes} bytes, {release:soak.notices} notices "
-            "({release:soak.notices_per_second} a second), {release:soak.faults} faults in "
-            "{release:soak.seconds} s; longest call {release:soak.longest_call_ms} ms",
-            ["release:soak.seconds >= 120", "release:soak.notices_per_second >= 90"]),
-    Promise("soak", "Memory, descriptors and threads stay flat", ["release:^soak$"],
-            "{release:soak.memory_growth_kb} kB, {release:soak.descriptors_growth} descriptors, "
-            "{release:soak.threads_growth} threads more at the end",
-            ["release:soak.descriptors_growth <= 0", "release:soak.threads_growth <= 0"]),
+            "of order on the ports that stay", _in(("soak", "asan", "tsan"), r"^soak$"),
+            "{soak:soak.bytes} bytes, {soak:soak.notices} notices "
+            "({soak:soak.notices_per_second} a second), {soak:soak.faults} faults in "
+            "{soak:soak.seconds} s; longest call {soak:soak.longest_call_ms} ms",
+            ["soak:soak.seconds >= 120", "soak:soak.notices_per_second >= 90"]),
+    Promise("soak", "Memory, descriptors and threads stay flat", ["soak:^soak$"],
+            "{soak:soak.memory_growth_kb} kB, {soak:soak.descriptors_growth} descriptors, "
+            "{soak:soak.threads_growth} threads more at the end",
+            ["soak:soak.descriptors_growth <= 0", "soak:soak.threads_growth <= 0"]),
 ]
 
 CODE = [

@@ -2,8 +2,8 @@
 #include "tests/harness/log_text.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <stdexcept>
 #include <string_view>
 
@@ -24,7 +24,11 @@ std::string FileText(const std::string& path) {
     if (!file) {
         throw std::runtime_error("cannot open " + path);
     }
-    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+    // As long as it is now: a file may grow faster than it is read.
+    std::string text(std::filesystem::file_size(path), '\0');
+    file.read(text.data(), static_cast<std::streamsize>(text.size()));
+    text.resize(static_cast<std::size_t>(file.gcount()));
+    return text;
 }
 
 std::string MaskTimes(const std::string& text) {

@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <fstream>
+#include <iterator>
 #include <optional>
 
 #include "KOVASMgr.h"
@@ -66,7 +68,9 @@ class LoadedLibrary : public testing::Test {
     void Unload() { EXPECT_EQ(0, dlclose(m_Handle)); }
 
     static bool IsMapped(const std::string& file) {
-        return FileText("/proc/self/maps").find(file) != std::string::npos;
+        std::ifstream maps("/proc/self/maps"); // has no size
+        const std::string text{std::istreambuf_iterator<char>(maps), {}};
+        return text.find(file) != std::string::npos;
     }
 
     static bool IsLoaded() {

@@ -65,7 +65,7 @@ class HandleTable {
 
     /// Whether the port is open and the kernel has said, a moment ago, that there is nothing to
     /// read. Made for being asked of all handles in turn: allocates, copies and locks nothing, and
-    /// one system call serves them all.
+    /// one system call serves them all. Closes what a call was still inside when it was let go.
     bool IsIdle(int handle) {
         LetLeaversGoIfAny();
         return m_Readiness.IsIdle(handle);

@@ -81,7 +81,7 @@ STAGES = {
 def _environment(results, name, is_long):
     environment = dict(os.environ, KOVASMGR_FIGURES=str(results / f"{name}.jsonl"))
     if is_long:
-        environment["KOVASMGR_FUZZ_SECONDS"] = HOUR
+        environment.update(KOVASMGR_FUZZ_SECONDS=HOUR, KOVASMGR_FUZZ_SEED="0")
     if is_long and name == "soak":
         environment["KOVASMGR_SOAK_SECONDS"] = HOUR
     return environment

@@ -8,6 +8,7 @@
 #include <random>
 #include <stdexcept>
 
+#include "adapters/virtual/language/event_values.h"
 #include "adapters/virtual/language/event_words.h"
 
 namespace {
@@ -110,6 +111,20 @@ TEST(EventWords, EveryByteComesBackFromItsQuotedForm) {
     EXPECT_EQ(all, SplitEventWords(quoted).front().text);
     EXPECT_EQ(all, ResolveBackslashes(quoted.substr(1, quoted.size() - 2)));
     EXPECT_EQ(R"("AT\r\x01\"")", QuoteBytes("AT\r\x01\""));
+}
+
+// A number has nine digits at most.
+TEST(EventValues, ALongTimeWithMicrosecondsComesBackFromItsText) {
+    for (const auto& [word, text] :
+         std::vector<std::pair<std::string, std::string>>{{"999999999us", "999999999us"},
+                                                          {"1000.000001s", "1000.000001s"},
+                                                          {"0.999999h", "3599.996400s"},
+                                                          {"1000.5s", "1000500ms"}}) {
+        const auto time = ReadTime(word);
+        ASSERT_TRUE(time) << word;
+        EXPECT_EQ(text, TimeText(*time));
+        EXPECT_EQ(time, ReadTime(TimeText(*time)));
+    }
 }
 
 TEST(EventWords, AMistakeIsNamed) {

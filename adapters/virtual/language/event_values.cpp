@@ -79,8 +79,15 @@ std::optional<size_t> ReadNth(const std::string& word) {
 
 std::string TimeText(ScenarioTime time) {
     const auto count = time.count();
-    if (count % 1000000 == 0) {
-        return std::to_string(count / 1000000) + "s";
+    if (count % kParts == 0) {
+        return std::to_string(count / kParts) + "s";
     }
-    return count % 1000 == 0 ? std::to_string(count / 1000) + "ms" : std::to_string(count) + "us";
+    if (count % 1000 == 0) {
+        return std::to_string(count / 1000) + "ms";
+    }
+    const std::string microseconds = std::to_string(count);
+    return microseconds.size() <= kMaxDigits
+               ? microseconds + "us"
+               : microseconds.substr(0, microseconds.size() - 6) + "." +
+                     microseconds.substr(microseconds.size() - 6) + "s";
 }

@@ -16,31 +16,46 @@ void WriteText(const std::string& path, const std::string& text) {
     }
 }
 
+template <typename Wanted> void RemoveEntries(const std::string& directory, Wanted wanted) {
+    std::error_code ignored;
+    std::vector<fs::path> entries;
+    for (const auto& entry : fs::directory_iterator(directory, ignored)) {
+        if (wanted(entry)) {
+            entries.push_back(entry.path());
+        }
+    }
+    for (const fs::path& entry : entries) {
+        fs::remove(entry, ignored);
+    }
+}
+
+// Whichever process has plugged it in, and whatever it has come to have.
+void TakeApart(const std::string& gadget) {
+    try {
+        WriteKernelFile(gadget + "/UDC", "\n");
+    } catch (const std::exception&) {
+        // it is not plugged in
+    }
+    RemoveEntries(gadget + "/configs/c.1", [](const auto& entry) { return entry.is_symlink(); });
+    RemoveEntries(gadget + "/functions", [](const auto& entry) { return entry.is_directory(); });
+    std::error_code ignored;
+    for (const char* part : {"/configs/c.1", "/strings/0x409", ""}) {
+        fs::remove(gadget + part, ignored);
+    }
+}
+
 } // namespace
 
 Gadget::Gadget(int socket)
     : m_Socket(socket), m_Path("/sys/kernel/config/usb_gadget/socket" + std::to_string(socket)) {
+    TakeApart(m_Path); // what a scenario that was ended from outside has left
     fs::create_directory(m_Path);
     fs::create_directory(m_Path + "/configs/c.1");
     fs::create_directory(m_Path + "/strings/0x409");
     Ids("1209", "0001");
 }
 
-Gadget::~Gadget() {
-    std::error_code ignored;
-    try {
-        WriteKernelFile(m_Path + "/UDC", "\n"); // also when another process has plugged it in
-    } catch (const std::exception&) {
-        // it is not plugged in
-    }
-    for (const std::string& function : m_Functions) {
-        fs::remove(m_Path + "/configs/c.1/" + function, ignored);
-        fs::remove(m_Path + "/functions/" + function, ignored);
-    }
-    for (const char* part : {"/configs/c.1", "/strings/0x409", ""}) {
-        fs::remove(m_Path + part, ignored);
-    }
-}
+Gadget::~Gadget() { TakeApart(m_Path); }
 
 Gadget& Gadget::Ids(const std::string& vendor, const std::string& product,
                     const std::string& release) {

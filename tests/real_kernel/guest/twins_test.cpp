@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Devices that look alike, and ports of one device that do not share its fate.
+#include <algorithm>
+
 #include "tests/harness/wait_until.h"
 #include "tests/real_kernel/guest/far_terminal.h"
 #include "tests/real_kernel/guest/gadget.h"
@@ -43,6 +45,14 @@ class Neighbours : public GuestHost {
         });
     }
 
+    // By their nodes: udev finishes the ports of a device in any order.
+    static std::vector<Port> PortsOf(const std::string& device) {
+        std::vector<Port> ports = WaitFor(device).ports;
+        std::sort(ports.begin(), ports.end(),
+                  [](const Port& one, const Port& other) { return one.name < other.name; });
+        return ports;
+    }
+
     static void ExpectToWork(FarTerminal& far, const Inbox& inbox, const Port& port,
                              const std::string& text) {
         const size_t inboxSize = inbox.Received().size();
@@ -78,7 +88,7 @@ TEST_F(Neighbours, OnOneDeviceKeepWorkingWhenAPortBetweenThemGoesAndComes) {
         const auto device = Find("Modem A1");
         return device.has_value() && device->ports.size() == 3;
     }));
-    const std::vector<Port> ports = WaitFor("Modem A1").ports;
+    const std::vector<Port> ports = PortsOf("Modem A1");
     const Inbox first(0, ports[0].id);
     const Inbox last(1, ports[2].id);
     for (const Port& port : ports) {

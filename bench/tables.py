@@ -6,6 +6,7 @@
 """
 import json
 import pathlib
+import statistics
 import sys
 
 from comparison import NAMES, PORTS
@@ -67,10 +68,15 @@ def enumeration(result):
                   [row for row in _rows(result, [("enumeration/1", "us", 1, 1)]) if row[1]])
 
 
+def _hot_plug_row(what, runs):
+    medians, highs, counts = zip(*runs)
+    return [what, _number(statistics.median(medians), 1), _number(min(highs), 1), _number(max(highs), 1),
+            f"{len(runs)} x {counts[0]}"]
+
+
 def hot_plug(result):
-    return _table(["hot-plug", "p50, ms", "p99, ms", "times"],
-                  [[what, _number(p50, 1), _number(p99, 1), str(count)]
-                   for what, p50, p99, count in result["hot_plug"]])
+    return _table(["hot-plug, ms", "p50, median run", "p99, best run", "p99, worst run", "runs"],
+                  [_hot_plug_row(what, runs) for what, runs in result["hot_plug"].items()])
 
 
 def promises(result):

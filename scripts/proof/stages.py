@@ -84,6 +84,8 @@ def _environment(results, name, is_long):
         environment.update(KOVASMGR_FUZZ_SECONDS=HOUR, KOVASMGR_FUZZ_SEED="0")
     if is_long and name == "soak":
         environment["KOVASMGR_SOAK_SECONDS"] = HOUR
+    if name == "kernel":
+        environment["KOVASMGR_LATENCY_RUNS"] = "5"
     return environment
 
 

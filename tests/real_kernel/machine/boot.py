@@ -5,6 +5,7 @@ Ends with 0 when all scenarios were run, however they ended: result.py reports e
 """
 
 import argparse
+import os
 import shutil
 import sys
 import time
@@ -59,7 +60,8 @@ def _run(arguments, results):
     udev = packages.udev(arguments.cache)
     clock.tell(f"kernel {kernel.version} and udev")
     image = results.directory / "initramfs.cpio"
-    environment = [*arguments.environment, f"SCENARIOS={arguments.filter}"]
+    environment = [*arguments.environment, f"SCENARIOS={arguments.filter}",
+                   f"KOVASMGR_LATENCY_RUNS={os.environ.get('KOVASMGR_LATENCY_RUNS', '1')}"]
     initramfs.build(image, kernel, udev, HERE.parent / "guest/init", arguments.program,
                     arguments.adapter, environment, arguments.file)
     clock.tell("file system")

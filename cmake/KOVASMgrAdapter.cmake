@@ -13,7 +13,8 @@ function(kovasmgr_add_adapter target)
   # Unique symbols would keep the adapter from ever being unloaded.
   target_compile_options(${target} PRIVATE $<$<COMPILE_LANG_AND_ID:CXX,GNU>:-fno-gnu-unique>)
   if(TARGET kovasmgr_build_settings)
-    target_link_libraries(${target} PRIVATE kovasmgr_build_settings)
+    target_link_libraries(${target}
+      PRIVATE kovasmgr_build_settings kovasmgr_link_time_objects kovasmgr_link_time)
   endif()
   if(NOT APPLE)
     # Archives linked in keep their symbols to themselves. By the SONAME a host finds the adapter that

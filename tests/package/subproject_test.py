@@ -40,7 +40,7 @@ class Subproject(unittest.TestCase):
 
     def test_has_the_library_alone(self):
         self.assertEqual(["Common", "KOVASMgr", "kovasmgr_build_settings", "kovasmgr_coverage",
-                          "kovasmgr_objects"],
+                          "kovasmgr_link_time", "kovasmgr_link_time_objects", "kovasmgr_objects"],
                          sorted(self.told("targets").split(";")))
         self.assertEqual(("", ""), (self.told("tests"), self.told("rooms")))
 

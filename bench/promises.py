@@ -10,6 +10,7 @@ from terminal_runs import values_of
 REPETITIONS = 5
 BUSY_PORTS = [1, 16, 64]
 POLL_PERIOD_MS = 10
+NOTICES = 4  # insertion and pull-out, with udev and without
 
 
 @dataclass
@@ -95,8 +96,8 @@ def _of_life(own):
 
 
 def _of_hot_plug(notices):
-    if not notices:
-        yield Promise("hot-plug notices: not measured", "hot_plug_measured", 0, 1, "",
+    if len(notices) < NOTICES:
+        yield Promise("kinds of hot-plug notices measured", "hot_plug_measured", len(notices), NOTICES, "",
                       is_most=False)
     for what, runs in notices.items():
         name = re.sub(r"[^a-z]+", "_", what.lower()).strip("_")

@@ -64,8 +64,9 @@ def switches(result):
 
 
 def enumeration(result):
-    return _table(["a list of the ports", "us"],
-                  [row for row in _rows(result, [("enumeration/1", "us", 1, 1)]) if row[1]])
+    return _table(["a list of the ports, us", "1 port", "1,024 ports"],
+                  [row for row in _rows(result, [("enumeration/1", "us", 1, 1), ("enumeration/1024", "us", 1, 1)])
+                   if row[1]])
 
 
 def _hot_plug_row(what, runs):

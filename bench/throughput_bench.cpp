@@ -106,7 +106,7 @@ void Measure(const TerminalHost& host, int seconds) {
     const double passed = std::chrono::duration<double>(after.time - before.time).count();
     const double ceiling = reads * static_cast<double>(g_LargestRead);
     std::printf("throughput manager ports=%d bytes_per_second=%.0f sweeps_per_second=%.2f "
-                "largest_read=%zu ceiling=%.0f of_ceiling=%.3f",
+                "largest_read=%zu ceiling=%.0f of_ceiling=%.5f",
                 host.Ports(), bytes / passed, reads / host.Ports() / passed, g_LargestRead.load(),
                 ceiling / passed, bytes / ceiling);
 }

@@ -64,6 +64,6 @@ void MeasureWrite(size_t bytes, size_t turns) {
     close(terminal);
     const double cost = Part(library, 50);
     const double floor = Part(bare, 50);
-    std::printf("write bytes=%zu ns=%.0f bare_ns=%.0f to_bare=%.3f\n", bytes, cost, floor,
+    std::printf("write bytes=%zu ns=%.0f bare_ns=%.0f to_bare=%.5f\n", bytes, cost, floor,
                 cost / floor);
 }

@@ -54,12 +54,14 @@ def _renew(path, blocks):
 def renew(root, results, seen, verdicts):
     """Of one run of all stages. Plots are renewed as well."""
     blocks = {f"promises of {group}": _promise_rows(verdicts, group) for group in promises.groups()}
-    _renew(root / _RELIABILITY, {"run": _run(seen, verdicts), "stages": _stage_rows(seen), **blocks})
+    speed = [verdict for verdict in verdicts if verdict.promise.group == "speed"]
+    others = [verdict for verdict in verdicts if verdict.promise.group != "speed"]
+    _renew(root / _RELIABILITY, {"run": _run(seen, others), "stages": _stage_rows(seen), **blocks})
 
     sys.path.insert(0, str(root / "bench"))
     import tables  # of the benchmarks' own room
     measured = json.loads((results / "performance.json").read_text())
     _renew(root / _PERFORMANCE, {
-        "run": _run(seen, [verdict for verdict in verdicts if verdict.promise.group == "speed"]),
+        "run": _run(seen, speed),
         **{name: [text] for name, text in tables.markdown(measured).items()}})
     subprocess.run([root / "bench" / "plots", results / "performance.json"], cwd=root, check=True)

@@ -28,12 +28,13 @@ class Verdict:
 class Promise:
     """text: what is promised. tests: "stage:regex" of the tests that show it, all of which must pass; or
     "stage:" where the whole stage must. figure: a text with {stage:figure|aggregate:digits} in it.
-    limits: "stage:figure|aggregate <= bound", or >=."""
+    limits: "stage:figure|aggregate <= bound", or >=; limits_when_long: likewise, in addition."""
     group: str
     text: str
     tests: list
     figure: str = ""
     limits: list = field(default_factory=list)
+    limits_when_long: list = field(default_factory=list)
 
     def stages(self):
         named = [*self.tests, *self.limits, *(match[1] for match in _PLACEHOLDER.finditer(self.figure))]
@@ -58,7 +59,7 @@ class Promise:
                 yield f"{stage}: no test was run" + (" (skipped)" if counts.skipped else "")
 
     def _broken_limits(self, seen):
-        for limit in self.limits:
+        for limit in self.limits + (self.limits_when_long if seen.is_long else []):
             name, aggregate, sign, bound = re.fullmatch(
                 r"([a-z]+:[a-z0-9_.]+)(?:\|(\w+))? (<=|>=) ([\d.]+)", limit).groups()
             value = _value(seen, name, aggregate)

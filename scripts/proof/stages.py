@@ -81,7 +81,9 @@ STAGES = {
 def _environment(results, name, is_long):
     environment = dict(os.environ, KOVASMGR_FIGURES=str(results / f"{name}.jsonl"))
     if is_long:
-        environment.update(KOVASMGR_FUZZ_SECONDS=HOUR, KOVASMGR_FUZZ_SEED="0")
+        # Other inputs in each long run; short ones repeat theirs, so that a failure can be looked at.
+        environment.update(KOVASMGR_FUZZ_SECONDS=HOUR, KOVASMGR_FUZZ_SEED="0",
+                           KOVASMGR_MODEL_SEED=str(int(time.time())))
     if is_long and name == "soak":
         environment["KOVASMGR_SOAK_SECONDS"] = HOUR
     if name == "kernel":

@@ -23,8 +23,8 @@ class Times {
 
 /// Plugs an adapter in and pulls it out again and again, and tells the time to the notice: of an
 /// insertion from the last event of `source` ("udev" or "kernel"), of a pull-out from the kernel's,
-/// which is all that is needed there. Expects what a machine under load can keep. Does it as often as
-/// KOVASMGR_LATENCY_RUNS says, once unless told, and tells each run's times.
+/// which is all that is needed there. Does it as often as KOVASMGR_LATENCY_RUNS
+/// says, once unless told, and tells each run's times.
 void MeasureNotices(const std::string& source);
 
 #endif

@@ -41,6 +41,13 @@ class CallbackRecorder {
         m_Actions[callback] = std::move(action);
     }
 
+    /// What was told and what the callbacks do.
+    void Forget() {
+        std::lock_guard<std::mutex> lock(m_Mutex);
+        m_Told.clear();
+        m_Actions.clear();
+    }
+
     void Record(const std::string& callback, const std::string& what) {
         std::function<void()> action;
         {

@@ -21,7 +21,10 @@ using Lines = std::vector<std::string>;
 /// A host in a directory of its own, with a scripted adapter there; the library is not initialised.
 class HostTest : public testing::Test {
   public:
-    ~HostTest() override { KOVAMGR_Release(); }
+    ~HostTest() override {
+        KOVAMGR_Release();
+        m_Recorder.Forget();
+    }
 
   protected:
     int Init() { return KOVAMGR_Init(m_Scratch.LogDirectory().c_str()); }

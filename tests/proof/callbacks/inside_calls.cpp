@@ -16,7 +16,7 @@ namespace {
 int Enumerate() {
     const auto list = std::make_unique<_KOVAMGR_DEVICEINFOLIST>();
     const int result = KOVAMGR_EnumeratePortInfo(list.get());
-    return result == KOVAMGR_OK && list->nDeviceCount == 1 ? result : -1;
+    return result == KOVAMGR_OK && list->nDeviceCount >= 1 ? result : -1;
 }
 
 int HasTime() {

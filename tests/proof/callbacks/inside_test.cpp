@@ -33,6 +33,19 @@ class InsideCallback : public HostTest, public testing::WithParamInterface<Insid
         ASSERT_EQ(KOVAMGR_Open(1), KOVAMGR_OK);
     }
 
+    void PlugInAnother() {
+        const CaptureStdout output;
+        FakeDevices().Device("Modem").Port("COM1").Port("COM2").Device("Other").Port("COM3").Apply(
+            *m_Fake);
+        EXPECT_TRUE(m_Fake->NotifyOnThread(OS_ADAPT_DEVICE_INSERT));
+    }
+
+    void PullOutTheOther() {
+        const CaptureStdout output;
+        FakeDevices().Device("Modem").Port("COM1").Port("COM2").Apply(*m_Fake);
+        EXPECT_TRUE(m_Fake->NotifyOnThread(OS_ADAPT_DEVICE_PULLOUT));
+    }
+
     // Makes the call in the first run of this callback.
     void CallIn(const std::string& callback) {
         m_Recorder.During(callback, [this] {
@@ -92,6 +105,23 @@ TEST_P(InsideCallback, OfANoticeACallReturnsWhatItShouldAndEverythingGoesOn) {
     Start();
     CallIn("state 1");
     EXPECT_TRUE(m_Fake->NotifyOnThread(5));
+    ExpectResult();
+    ExpectThatEverythingGoesOn();
+}
+
+TEST_P(InsideCallback, OfAnInsertionACallReturnsWhatItShouldAndEverythingGoesOn) {
+    Start();
+    CallIn("state 1");
+    PlugInAnother();
+    ExpectResult();
+    ExpectThatEverythingGoesOn();
+}
+
+TEST_P(InsideCallback, OfAPullOutACallReturnsWhatItShouldAndEverythingGoesOn) {
+    Start();
+    PlugInAnother();
+    CallIn("state 1");
+    PullOutTheOther();
     ExpectResult();
     ExpectThatEverythingGoesOn();
 }

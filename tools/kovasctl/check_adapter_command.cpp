@@ -19,7 +19,7 @@
 
 namespace {
 
-struct Options {
+struct CheckAdapterOptions {
     std::string directory;
     std::vector<std::string> rules;
     std::optional<double> timeout;
@@ -29,7 +29,7 @@ struct Options {
     KitOptions kit;
 };
 
-void ExpectSense(const GlobalOptions& global, const Options& options) {
+void ExpectSense(const GlobalOptions& global, const CheckAdapterOptions& options) {
     if (!global.adapter.empty()) {
         throw WrongUse("--adapter has no meaning for check-adapter, which is given the DIR");
     }
@@ -64,7 +64,7 @@ std::ofstream OpenReport(const std::string& file) {
     return stream;
 }
 
-KitOptions Complete(const Options& options, const AdapterPlace& adapter) {
+KitOptions Complete(const CheckAdapterOptions& options, const AdapterPlace& adapter) {
     KitOptions kit = options.kit;
     std::error_code error;
     kit.file = adapter.file;
@@ -105,7 +105,7 @@ Results Examine(const GlobalOptions& global, const KitOptions& kit, const Select
     return results;
 }
 
-int CheckAdapter(const GlobalOptions& global, const Options& options) {
+int CheckAdapter(const GlobalOptions& global, const CheckAdapterOptions& options) {
     const Selection selection = SelectRules(options.rules);
     if (options.isToList) {
         return List(global, selection);
@@ -122,7 +122,7 @@ int CheckAdapter(const GlobalOptions& global, const Options& options) {
     return HasFailure(results) ? kFailed : kDone;
 }
 
-void AddPortOptions(CLI::App& app, Options& options) {
+void AddPortOptions(CLI::App& app, CheckAdapterOptions& options) {
     // Each takes one word, so that DIR may stand anywhere.
     app.add_option("--port", options.kit.ports,
                    "a port that may be opened, and written a line end to; may be repeated")
@@ -135,7 +135,7 @@ void AddPortOptions(CLI::App& app, Options& options) {
         ->allow_extra_args(false);
 }
 
-void AddCommandOptions(CLI::App& app, Options& options) {
+void AddCommandOptions(CLI::App& app, CheckAdapterOptions& options) {
     app.add_option("--unplug", options.kit.unplug,
                    "shell command that pulls a device out; KOVASMGR_HOST_PID is the process that "
                    "has the adapter loaded")
@@ -144,7 +144,7 @@ void AddCommandOptions(CLI::App& app, Options& options) {
         ->type_name("COMMAND");
 }
 
-void AddReportOptions(CLI::App& app, Options& options) {
+void AddReportOptions(CLI::App& app, CheckAdapterOptions& options) {
     app.add_option("--rule", options.rules, "only these rules: R9b, or R9 for all of that number")
         ->type_name("N[,N...]")
         ->delimiter(',')
@@ -160,7 +160,7 @@ void AddReportOptions(CLI::App& app, Options& options) {
 } // namespace
 
 Action SetUpCheckAdapter(CLI::App& app) {
-    const auto options = std::make_shared<Options>();
+    const auto options = std::make_shared<CheckAdapterOptions>();
     app.add_option("DIR", options->directory, "an adapter's directory or name")->type_name("");
     AddPortOptions(app, *options);
     AddCommandOptions(app, *options);

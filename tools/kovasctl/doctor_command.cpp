@@ -14,7 +14,7 @@
 
 namespace {
 
-struct Options {
+struct DoctorOptions {
     std::string port; // empty: all
     bool isToOpen = false;
 };
@@ -73,7 +73,7 @@ void ExamineMissing(const std::string& wanted, const std::string& reason, Findin
     }
 }
 
-std::vector<ChosenPort> PortsToExamine(const Options& options, const Snapshot& snapshot,
+std::vector<ChosenPort> PortsToExamine(const DoctorOptions& options, const Snapshot& snapshot,
                                        Findings& findings) {
     if (!options.port.empty()) {
         try {
@@ -92,7 +92,7 @@ std::vector<ChosenPort> PortsToExamine(const Options& options, const Snapshot& s
     return ports;
 }
 
-void ExaminePorts(const GlobalOptions& global, const Options& options, Findings& findings) {
+void ExaminePorts(const GlobalOptions& global, const DoctorOptions& options, Findings& findings) {
     Library library(global);
     findings.Good("library", "initialises");
     const Snapshot snapshot = TakeSnapshot();
@@ -105,7 +105,7 @@ void ExaminePorts(const GlobalOptions& global, const Options& options, Findings&
     }
 }
 
-int Doctor(const GlobalOptions& global, const Options& options) {
+int Doctor(const GlobalOptions& global, const DoctorOptions& options) {
     Findings findings;
     DescribeOtherHosts(findings);
     if (ExamineAdapter(FindAdapter(global.adapter), findings)) {
@@ -121,7 +121,7 @@ int Doctor(const GlobalOptions& global, const Options& options) {
 } // namespace
 
 Action SetUpDoctor(CLI::App& app) {
-    const auto options = std::make_shared<Options>();
+    const auto options = std::make_shared<DoctorOptions>();
     AddPort(app, options->port, false);
     app.add_flag("--open", options->isToOpen, "really open the ports");
     return [=](const GlobalOptions& global) { return Doctor(global, *options); };

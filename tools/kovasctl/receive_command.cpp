@@ -16,9 +16,7 @@
 
 namespace {
 
-constexpr double kPatienceInSeconds = 10; // for the bytes that --send sends
-
-struct Options {
+struct ReceiveOptions {
     std::string port;
     std::optional<uint64_t> count;
     std::optional<double> idleTimeout;
@@ -30,13 +28,13 @@ struct Options {
     std::string line;
 };
 
-std::string Meant(const Options& options, const std::string& text) {
+std::string Meant(const ReceiveOptions& options, const std::string& text) {
     return options.hasEscapes ? FromEscapes(text) : text;
 }
 
 class Receiver {
   public:
-    Receiver(const GlobalOptions& global, const Options& options)
+    Receiver(const GlobalOptions& global, const ReceiveOptions& options)
         : m_Options(options), m_Reception(options.count, Meant(options, options.until)),
           m_Question(
               options.send.empty() ? "" : Meant(options, options.send) + LineEnd(options.lineEnd)),
@@ -46,7 +44,7 @@ class Receiver {
           m_End(After(options.timeout)), m_IdleEnd(After(options.idleTimeout)) {}
 
     int Run() {
-        SendAll(m_Port, m_Question, kPatienceInSeconds, [](size_t) {});
+        SendAll(m_Port, m_Question, kSendPatienceInSeconds, [](size_t) {});
         while (!m_Reception.IsComplete()) {
             const Deadline deadline = Sooner(m_End, m_IdleEnd);
             WaitForInput({m_Port.Received().Descriptor(), m_Notices.Descriptor()}, deadline);
@@ -92,7 +90,7 @@ class Receiver {
         return kDone;
     }
 
-    Options m_Options;
+    ReceiveOptions m_Options;
     Reception m_Reception;
     std::string m_Question;
     Library m_Library;
@@ -105,7 +103,7 @@ class Receiver {
 } // namespace
 
 Action SetUpReceive(CLI::App& app) {
-    const auto options = std::make_shared<Options>();
+    const auto options = std::make_shared<ReceiveOptions>();
     AddPort(app, options->port);
     AddCount(app, "--count", options->count, "BYTES", "end after so many bytes");
     AddSeconds(

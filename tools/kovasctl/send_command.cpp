@@ -14,9 +14,7 @@
 
 namespace {
 
-constexpr double kPatienceInSeconds = 10;
-
-struct Options {
+struct SendOptions {
     std::string port;
     std::optional<std::string> text;
     std::optional<std::string> file;
@@ -27,12 +25,12 @@ struct Options {
     std::optional<double> timeout;
 };
 
-ByteSource TextSource(const Options& options) {
+ByteSource TextSource(const SendOptions& options) {
     const std::string text = options.hasEscapes ? FromEscapes(*options.text) : *options.text;
     return ByteSource::OfText(text + LineEnd(options.lineEnd));
 }
 
-ByteSource SourceOf(const Options& options) {
+ByteSource SourceOf(const SendOptions& options) {
     const bool isInput = options.text == "-";
     if (int{options.text.has_value()} + int{options.file.has_value()} +
             int{options.hex.has_value()} !=
@@ -51,13 +49,13 @@ ByteSource SourceOf(const Options& options) {
     return isInput ? ByteSource::OfStandardInput() : TextSource(options);
 }
 
-void SendSource(OpenPort& port, ByteSource& source, const Options& options) {
+void SendSource(OpenPort& port, ByteSource& source, const SendOptions& options) {
     uint64_t done = 0;
     ProgressBar bar(options.file ? source.Size().value_or(0) : 0);
     const auto onSent = [&](size_t count) { bar.Show(done += count); };
     try {
         for (std::string bytes = source.Next(); !bytes.empty(); bytes = source.Next()) {
-            SendAll(port, bytes, options.timeout.value_or(kPatienceInSeconds), onSent);
+            SendAll(port, bytes, options.timeout.value_or(kSendPatienceInSeconds), onSent);
         }
     } catch (const Failure& failure) {
         const std::string total = source.Size() ? " of " + std::to_string(*source.Size()) : "";
@@ -66,7 +64,7 @@ void SendSource(OpenPort& port, ByteSource& source, const Options& options) {
     }
 }
 
-int Send(const GlobalOptions& global, const Options& options) {
+int Send(const GlobalOptions& global, const SendOptions& options) {
     ByteSource source = SourceOf(options);
     Library library(global);
     OpenPort port(library, ChoosePort(TakeSnapshot(), options.port), options.line);
@@ -77,7 +75,7 @@ int Send(const GlobalOptions& global, const Options& options) {
 } // namespace
 
 Action SetUpSend(CLI::App& app) {
-    const auto options = std::make_shared<Options>();
+    const auto options = std::make_shared<SendOptions>();
     AddPort(app, options->port);
     app.add_option("TEXT", options->text, "what to send; '-': standard input")->type_name("");
     app.add_option("--file", options->file, "send a file")->type_name("F");

@@ -7,6 +7,8 @@
 
 #include "tools/kovasctl/open_port.h"
 
+constexpr double kSendPatienceInSeconds = 10; ///< unless the user says otherwise
+
 /// Sends all of it; short writes are continued.
 /// @param patience  in seconds, without a single byte being taken
 /// @param onSent    is told after each step how many bytes it was

@@ -25,7 +25,7 @@ constexpr const char* kSpy = "spy";
 // From a host's start to its first use of the devices.
 constexpr double kPatienceInSeconds = 10;
 
-struct Options {
+struct SimOptions {
     SimSettings settings;
     std::string scenario;
     std::vector<std::string> rest; // a host's words, or more scenarios
@@ -52,7 +52,7 @@ int CheckOne(const ScenarioChecker& checker, const std::string& choice) {
     }
 }
 
-int Check(const Options& options) {
+int Check(const SimOptions& options) {
     const ScenarioChecker checker(FindAdapter(kSimulator).file);
     int status = CheckOne(checker, options.scenario);
     for (const std::string& choice : options.rest) {
@@ -61,7 +61,7 @@ int Check(const Options& options) {
     return status;
 }
 
-int Do(const Options& options) {
+int Do(const SimOptions& options) {
     std::vector<std::string> place;
     if (!options.process.empty()) {
         place = {"--pid", options.process};
@@ -104,7 +104,7 @@ void RefuseMistakes(const AdapterPlace& simulator, const std::string& file) {
     }
 }
 
-int Simulate(GlobalOptions global, const Options& options) {
+int Simulate(GlobalOptions global, const SimOptions& options) {
     const AdapterPlace simulator = FindAdapter(kSimulator);
     SimSettings settings = options.settings;
     settings.scenario = FindScenario(options.scenario);
@@ -123,7 +123,7 @@ int Simulate(GlobalOptions global, const Options& options) {
 }
 
 // The host's words are those behind the mark, untouched: CLI11 takes brackets for lists.
-int Run(const GlobalOptions& global, const Options& options) {
+int Run(const GlobalOptions& global, const SimOptions& options) {
     if (options.scenario.empty()) {
         throw WrongUse(options.check ? "--check needs scenarios" : "sim needs a SCENARIO");
     }
@@ -136,7 +136,7 @@ int Run(const GlobalOptions& global, const Options& options) {
     return Simulate(global, options);
 }
 
-void RefuseNonsense(const GlobalOptions& global, const Options& options) {
+void RefuseNonsense(const GlobalOptions& global, const SimOptions& options) {
     if (global.json) {
         throw WrongUse("--json has no meaning for sim, but for its --list");
     }
@@ -151,7 +151,7 @@ void RefuseNonsense(const GlobalOptions& global, const Options& options) {
     }
 }
 
-int Dispatch(const GlobalOptions& global, const Options& options) {
+int Dispatch(const GlobalOptions& global, const SimOptions& options) {
     if (options.list) {
         return List(global);
     }
@@ -176,7 +176,7 @@ std::string CheckSpeed(const std::string& given) {
                                                        : "'" + given + "' is not 0.001 to 1000";
 }
 
-void AddRunOptions(CLI::App& app, Options& options) {
+void AddRunOptions(CLI::App& app, SimOptions& options) {
     app.add_option("SCENARIO", options.scenario,
                    "a ready scenario's name, or a file: a scenario, or a recording of the spy")
         ->type_name("");
@@ -201,7 +201,7 @@ void AddRunOptions(CLI::App& app, Options& options) {
         ->type_name("FILE");
 }
 
-void AddOtherOptions(CLI::App& app, Options& options) {
+void AddOtherOptions(CLI::App& app, SimOptions& options) {
     CLI::Option* check = app.add_flag("--check", options.check, "only check scenarios");
     CLI::Option* list = app.add_flag("--list", options.list, "show the ready scenarios");
     CLI::Option* sentence =
@@ -221,7 +221,7 @@ void AddOtherOptions(CLI::App& app, Options& options) {
 } // namespace
 
 Action SetUpSim(CLI::App& app) {
-    const auto options = std::make_shared<Options>();
+    const auto options = std::make_shared<SimOptions>();
     AddRunOptions(app, *options);
     AddOtherOptions(app, *options);
     return [=](const GlobalOptions& global) { return Dispatch(global, *options); };

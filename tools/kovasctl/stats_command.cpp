@@ -21,7 +21,7 @@ namespace {
 constexpr double kShortest = 0.05; // seconds
 constexpr size_t kUnlimited = SIZE_MAX;
 
-struct Options {
+struct StatsOptions {
     std::optional<uint64_t> process;
     std::optional<double> interval;
     bool once = false;
@@ -36,7 +36,7 @@ std::string Listed(const std::vector<int>& processes) {
     return text;
 }
 
-int ChosenProcess(const Options& options) {
+int ChosenProcess(const StatsOptions& options) {
     if (options.process) {
         return static_cast<int>(std::min<uint64_t>(*options.process, INT32_MAX));
     }
@@ -65,7 +65,7 @@ size_t WindowRows() {
 
 class Stats {
   public:
-    Stats(const GlobalOptions& global, const Options& options)
+    Stats(const GlobalOptions& global, const StatsOptions& options)
         : m_Options(options), m_AsJson(global.json), m_File(ChosenProcess(options)),
           m_IsRefreshed(!global.json && !options.once && IsRefreshed()) {}
 
@@ -97,7 +97,7 @@ class Stats {
         }
     }
 
-    Options m_Options;
+    StatsOptions m_Options;
     bool m_AsJson;
     StatsFile m_File;
     bool m_IsRefreshed;
@@ -106,7 +106,7 @@ class Stats {
 } // namespace
 
 Action SetUpStats(CLI::App& app) {
-    const auto options = std::make_shared<Options>();
+    const auto options = std::make_shared<StatsOptions>();
     AddCount(app, "--pid", options->process, "P", "the host; needed when several run with a spy");
     CLI::Option* const interval = AddSeconds(app, "--interval", options->interval,
                                              "show anew after so many seconds; default: 1");

@@ -16,7 +16,7 @@
 
 namespace {
 
-struct Options {
+struct WatchOptions {
     std::optional<uint64_t> count;
     std::optional<double> timeout;
     bool initial = false;
@@ -59,7 +59,7 @@ std::string LineFor(const Change& change, std::chrono::system_clock::time_point 
 
 class Watch {
   public:
-    Watch(const GlobalOptions& global, const Options& options)
+    Watch(const GlobalOptions& global, const WatchOptions& options)
         : m_Options(options), m_AsJson(global.json), m_End(After(options.timeout)),
           m_Library(global) {}
 
@@ -107,7 +107,7 @@ class Watch {
 
     bool IsEnough() const { return m_Options.count && m_Told >= *m_Options.count; }
 
-    Options m_Options;
+    WatchOptions m_Options;
     bool m_AsJson;
     Deadline m_End;
     Library m_Library;
@@ -119,7 +119,7 @@ class Watch {
 } // namespace
 
 Action SetUpWatch(CLI::App& app) {
-    const auto options = std::make_shared<Options>();
+    const auto options = std::make_shared<WatchOptions>();
     AddCount(app, "--count", options->count, "N", "end after so many lines");
     AddSeconds(app, "--timeout", options->timeout,
                "end after so many seconds; a failure when --count was not reached");
